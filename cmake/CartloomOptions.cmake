@@ -1,0 +1,18 @@
+# SPDX-License-Identifier: MIT
+# The compiler settings that every target of the project shares.
+
+add_library(cartloom_options INTERFACE)
+
+target_compile_definitions(cartloom_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
+  QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+target_compile_options(cartloom_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wunused
+  -Wconversion -Wsign-conversion -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough -Wswitch-enum
+  $<$<BOOL:${CARTLOOM_WARNINGS_AS_ERRORS}>:-Werror>)
+
+if(CARTLOOM_SANITIZE)
+  add_compile_options(-fsanitize=${CARTLOOM_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${CARTLOOM_SANITIZE})
+endif()

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "core/CartloomApp.h"
+
+#include <QGuiApplication>
+#include <QNetworkProxyFactory>
+#include <QQuickWindow>
+
+#include <csignal>
+#include <cstdlib>
+
+namespace cartloom
+{
+
+void CartloomApp::prepare()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("Cartloom"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Cartloom"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+#ifdef Q_OS_LINUX
+    // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+#endif
+    // The emulator inherits this, and so may write errors after this program has gone.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+CartloomApp::CartloomApp()
+{
+    m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
+    m_engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml")));
+}
+
+int CartloomApp::run()
+{
+    const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
+    // A download that is under way has a thread of its own that nobody waits for any more.
+    if (m_model.canCancel())
+        std::_Exit(status);
+    return status;
+}
+
+} // namespace cartloom

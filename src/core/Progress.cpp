@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "core/AppModel.h"
+
+#include "platform/ByteCount.h"
+#include "platform/MainThread.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace cartloom
+{
+
+namespace
+{
+
+/// Often enough to be current, seldom enough to be read.
+constexpr auto speedInterval = 500ms;
+
+} // namespace
+
+void AppModel::beginProgress()
+{
+    m_fraction = std::nullopt;
+    m_detailLine = QString();
+    m_lastTick = m_clock();
+    m_lastBytes = 0;
+    m_speedText.clear();
+}
+
+ProgressCallback AppModel::progressCallback()
+{
+    return [model = QPointer(this)](qint64 received, qint64 expected) {
+        MainThread::post([model, received, expected] {
+            if (model)
+                model->progress(received, expected);
+        });
+    };
+}
+
+void AppModel::progress(qint64 received, qint64 expected)
+{
+    const TimePoint now = m_clock();
+    const std::chrono::duration<double> elapsed = now - m_lastTick;
+    if (elapsed >= speedInterval) {
+        const double rate = std::max(0.0, static_cast<double>(received - m_lastBytes) / elapsed.count());
+        m_speedText =
+            QStringLiteral(" · ") + ByteCount::text(static_cast<qint64>(rate)) + QStringLiteral("/s");
+        m_lastTick = now;
+        m_lastBytes = received;
+    }
+
+    if (expected < 1) {
+        m_fraction = std::nullopt;
+        m_detailLine = ByteCount::text(received) + m_speedText;
+    } else {
+        m_fraction = std::min(1.0, static_cast<double>(received) / static_cast<double>(expected));
+        m_detailLine =
+            ByteCount::text(received) + QStringLiteral(" of ") + ByteCount::text(expected) + m_speedText;
+    }
+}
+
+} // namespace cartloom

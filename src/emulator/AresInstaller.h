@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "emulator/AresRelease.h"
+#include "game/ProgressCallback.h"
+#include "platform/Cancellation.h"
+
+#include <QCoroTask>
+
+#include <filesystem>
+#include <optional>
+
+/// Finds, fetches and keeps the emulator. One instance of the program at a time works on the storage folder.
+namespace cartloom::AresInstaller
+{
+
+/// The newest release and its macOS download. Throws AppError for what the service answers, PlatformError for
+/// what the network reports and for a cancellation. Main thread.
+[[nodiscard]] QCoro::Task<AresRelease> fetchLatest(CancellationToken token = {});
+
+/// Downloads, checks and unpacks a release and swaps it into place; returns the installed ares.app. The copy
+/// before it is kept until discardOldCopy or rollback. Throws AppError, PlatformError and std::system_error;
+/// then the installed copy is as it was, and no work folder stays. Main thread; progress is called from
+/// another one.
+[[nodiscard]] QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
+                                                         CancellationToken token);
+
+/// The first ares.app under a folder, in the order of the names, at most five levels down.
+[[nodiscard]] std::optional<std::filesystem::path> findApp(const std::filesystem::path& folder);
+
+/// The tag of the installed release, if one is recorded.
+[[nodiscard]] std::optional<QString> installedVersion();
+
+/// Gives up the copy that was kept. Never fails.
+void discardOldCopy();
+
+/// Puts the copy that was kept back in place of the installed one; false when there was none or it could not
+/// be done. The recorded tag stays that of the release which failed.
+bool rollback();
+
+/// A copy of the emulator that the user has installed. Only its existence is tested.
+[[nodiscard]] std::optional<std::filesystem::path> externalApp();
+
+} // namespace cartloom::AresInstaller

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "emulator/AresInstaller.h"
+
+#include "core/Paths.h"
+#include "emulator/Unpacking.h"
+#include "game/AppError.h"
+#include "game/FileDownloader.h"
+#include "platform/Files.h"
+#include "platform/WorkFolder.h"
+
+#include <chrono>
+#include <system_error>
+
+using namespace std::chrono_literals;
+
+namespace cartloom::AresInstaller
+{
+
+namespace
+{
+
+constexpr auto downloadTimeout = 60s;
+constexpr qint64 longestVersion = 64 * 1024;
+
+QNetworkRequest requestFor(const AresRelease& release)
+{
+    QNetworkRequest request(release.downloadURL);
+    request.setRawHeader("User-Agent", "QuilletPlayer");
+    request.setTransferTimeout(static_cast<int>(std::chrono::milliseconds(downloadTimeout).count()));
+    return request;
+}
+
+void requireSize(const std::filesystem::path& archive, qint64 expected)
+{
+    const qint64 size = Files::size(archive);
+    // A service that does not know the size reports 0.
+    if (expected < 1 || size == expected)
+        return;
+    throw AppError(
+        QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.")
+            .arg(size)
+            .arg(expected));
+}
+
+/// Makes the unpacked copy the installed one and keeps the one before it.
+void swapIntoPlace()
+{
+    Files::tryRemove(Paths::aresOld());
+    if (Files::exists(Paths::ares()))
+        Files::move(Paths::ares(), Paths::aresOld());
+    try {
+        Files::move(Paths::aresNew(), Paths::ares());
+    } catch (const std::system_error&) {
+        if (Files::exists(Paths::aresOld())) {
+            try {
+                Files::move(Paths::aresOld(), Paths::ares());
+            } catch (const std::system_error&) {
+                // The first failure is the one that tells what went wrong.
+            }
+        }
+        throw;
+    }
+}
+
+void recordVersion(const QString& tagName)
+{
+    try {
+        Files::writeAtomically(Paths::aresVersion(), tagName.toUtf8());
+    } catch (const std::system_error&) {
+        // The emulator works without it; the next check for an update then offers one.
+    }
+}
+
+} // namespace
+
+QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
+                                           CancellationToken token)
+{
+    const WorkFolder workFolder(Paths::newWorkDir("download-ares"));
+    FileDownloader downloader(workFolder.path() / "ares.zip", std::move(progress));
+    const auto request = requestFor(release);
+    const auto archive = co_await downloader.download(request, token);
+    requireSize(archive, release.size);
+
+    Files::tryRemove(Paths::aresNew());
+    Files::createFolders(Paths::aresNew());
+    co_await unzip(archive, Paths::aresNew());
+    if (!findApp(Paths::aresNew())) {
+        Files::tryRemove(Paths::aresNew());
+        throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+    }
+
+    swapIntoPlace();
+    recordVersion(release.tagName);
+    const auto app = findApp(Paths::ares());
+    if (!app)
+        throw AppError(QStringLiteral("Ares was unpacked but ares.app could not be found."));
+    co_return *app;
+}
+
+std::optional<QString> installedVersion()
+{
+    try {
+        const QString text = QString::fromUtf8(Files::read(Paths::aresVersion(), longestVersion)).trimmed();
+        return text.isEmpty() ? std::nullopt : std::optional(text);
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+}
+
+void discardOldCopy()
+{
+    Files::tryRemove(Paths::aresOld());
+}
+
+bool rollback()
+{
+    if (!Files::exists(Paths::aresOld()))
+        return false;
+    const auto failed = Paths::support() / ("Ares-failed-" + Paths::newIdentifier());
+    try {
+        Files::move(Paths::ares(), failed);
+        Files::move(Paths::aresOld(), Paths::ares());
+    } catch (const std::system_error&) {
+        return false;
+    }
+    Files::tryRemove(failed);
+    return true;
+}
+
+} // namespace cartloom::AresInstaller

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace cartloom
+{
+
+/// A command line of the system's archive tool. The tool ends with status 0, or with another one and a reason
+/// on its error stream.
+struct ArchiveTool
+{
+    std::filesystem::path program;
+    std::vector<std::string> arguments;
+
+    /// The command that unpacks a zip archive into a folder that exists.
+    [[nodiscard]] static ArchiveTool unpackZip(const std::filesystem::path& archive,
+                                               const std::filesystem::path& folder);
+};
+
+} // namespace cartloom

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace cartloom
+{
+
+/// The two ends of a pipe, neither of which a child inherits unasked. Throws std::system_error.
+struct Pipe
+{
+    Pipe();
+
+    FileDescriptor reading;
+    FileDescriptor writing;
+};
+
+/// A program of ours that runs beside this one. Nothing here ever ends it.
+class ChildProcess
+{
+public:
+    /// Starts the program, found on the search path when its name has no slash. It gets the arguments as they
+    /// stand, the environment, folder and standard input of this process, no standard output, and its
+    /// standard error is the writing end given. Throws std::system_error with the errno that kept it from
+    /// starting. Any thread.
+    [[nodiscard]] static ChildProcess start(const std::filesystem::path& program,
+                                            const std::vector<std::string>& arguments,
+                                            const FileDescriptor& standardError);
+
+    [[nodiscard]] pid_t id() const { return m_id; }
+
+    /// Blocks until the program has ended and leaves no zombie. To be called once. The result is the exit
+    /// status, or the number of the signal that ended it.
+    int waitForExit() const;
+
+private:
+    explicit ChildProcess(pid_t id)
+        : m_id(id)
+    {
+    }
+
+    pid_t m_id;
+};
+
+} // namespace cartloom

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "platform/FileDescriptor.h"
+
+#include "platform/Files.h"
+
+#include <QUuid>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace cartloom
+{
+
+std::system_error lastSystemError()
+{
+    return {errno, std::generic_category()};
+}
+
+FileDescriptor FileDescriptor::openForReading(const std::filesystem::path& path)
+{
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0)
+        throw lastSystemError();
+    return FileDescriptor(descriptor);
+}
+
+void FileDescriptor::close() noexcept
+{
+    if (isOpen())
+        ::close(std::exchange(m_descriptor, -1));
+}
+
+std::size_t FileDescriptor::readSome(char* data, std::size_t length) const
+{
+    for (;;) {
+        const auto count = ::read(m_descriptor, data, length);
+        if (count >= 0)
+            return static_cast<std::size_t>(count);
+        if (errno != EINTR)
+            throw lastSystemError();
+    }
+}
+
+void FileDescriptor::writeAll(const char* data, std::size_t length) const
+{
+    while (length > 0) {
+        const auto count = ::write(m_descriptor, data, length);
+        if (count >= 0) {
+            data += count;
+            length -= static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            throw lastSystemError();
+        }
+    }
+}
+
+TemporaryFile::TemporaryFile(const std::filesystem::path& target)
+{
+    const auto unique = QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
+    const auto path = target.parent_path() / ("." + target.filename().native() + "-" + unique);
+    m_descriptor = FileDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!m_descriptor.isOpen())
+        throw lastSystemError();
+    m_path = path;
+}
+
+TemporaryFile::~TemporaryFile()
+{
+    if (!m_path.empty())
+        Files::tryRemove(m_path);
+}
+
+} // namespace cartloom

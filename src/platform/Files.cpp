@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "platform/Files.h"
+
+#include "platform/FileDescriptor.h"
+
+#include <cerrno>
+#include <memory>
+#include <system_error>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace cartloom::Files
+{
+
+namespace
+{
+
+/// Whether the name itself is taken, even by a link that leads nowhere.
+bool isTaken(const fs::path& path)
+{
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+void requireFree(const fs::path& path)
+{
+    if (isTaken(path))
+        throw std::system_error(EEXIST, std::generic_category());
+}
+
+} // namespace
+
+bool exists(const fs::path& path) noexcept
+{
+    std::error_code ignored;
+    return fs::exists(path, ignored);
+}
+
+qint64 size(const fs::path& path)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        throw lastSystemError();
+    return S_ISREG(status.st_mode) ? static_cast<qint64>(status.st_size) : 0;
+}
+
+bool isExecutable(const fs::path& path) noexcept
+{
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored) && ::access(path.c_str(), X_OK) == 0;
+}
+
+void createFolders(const fs::path& folder)
+{
+    fs::create_directories(folder);
+}
+
+void move(const fs::path& from, const fs::path& to)
+{
+    requireFree(to);
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        throw lastSystemError();
+}
+
+void copy(const fs::path& from, const fs::path& to)
+{
+    requireFree(to);
+    constexpr std::size_t blockSize = 256 * 1024;
+    const auto source = FileDescriptor::openForReading(from);
+    TemporaryFile temporary(to);
+    const auto block = std::make_unique<char[]>(blockSize);
+    while (const auto count = source.readSome(block.get(), blockSize))
+        temporary.descriptor().writeAll(block.get(), count);
+    move(temporary.path(), to);
+    temporary.release();
+}
+
+void remove(const fs::path& path)
+{
+    if (fs::remove_all(path) == 0)
+        throw std::system_error(ENOENT, std::generic_category());
+}
+
+void tryRemove(const fs::path& path) noexcept
+{
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
+}
+
+QByteArray read(const fs::path& path, qint64 limit)
+{
+    const auto source = FileDescriptor::openForReading(path);
+    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < bytes.size()) {
+        const auto count =
+            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+        if (count == 0)
+            break;
+        filled += static_cast<qsizetype>(count);
+    }
+    bytes.truncate(filled);
+    return bytes;
+}
+
+void writeAtomically(const fs::path& path, const QByteArray& bytes)
+{
+    TemporaryFile temporary(path);
+    temporary.descriptor().writeAll(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    if (::rename(temporary.path().c_str(), path.c_str()) != 0)
+        throw lastSystemError();
+    temporary.release();
+}
+
+} // namespace cartloom::Files

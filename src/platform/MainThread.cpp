@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "platform/MainThread.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+
+#include <deque>
+#include <mutex>
+
+namespace cartloom::MainThread
+{
+
+namespace
+{
+
+/// Lives on the main thread and is never destroyed: a thread that outlasts the application may still post to
+/// it.
+class Queue final : public QObject
+{
+public:
+    Queue() { moveToThread(QCoreApplication::instance()->thread()); }
+
+    void post(std::function<void()> function)
+    {
+        {
+            const std::lock_guard guard(m_mutex);
+            m_functions.push_back(std::move(function));
+        }
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        takeFirst()();
+        return true;
+    }
+
+private:
+    std::function<void()> takeFirst()
+    {
+        const std::lock_guard guard(m_mutex);
+        auto first = std::move(m_functions.front());
+        m_functions.pop_front();
+        return first;
+    }
+
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_functions;
+};
+
+} // namespace
+
+void post(std::function<void()> function)
+{
+    static auto* const queue = new Queue;
+    queue->post(std::move(function));
+}
+
+} // namespace cartloom::MainThread

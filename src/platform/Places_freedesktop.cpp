@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#include "platform/Places.h"
+
+#include "platform/Text.h"
+
+#include <QDir>
+
+namespace cartloom::Places
+{
+
+std::filesystem::path homeFolder()
+{
+    return toPath(QDir::homePath());
+}
+
+std::vector<std::filesystem::path> applicationSupportFolders()
+{
+    const auto configured = toPath(qEnvironmentVariable("XDG_DATA_HOME"));
+    return {configured.is_absolute() ? configured : homeFolder() / ".local/share"};
+}
+
+std::vector<std::filesystem::path> applicationFolders()
+{
+    return {"/opt", homeFolder() / "Applications"};
+}
+
+} // namespace cartloom::Places

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#include "platform/Places.h"
+
+#include "platform/Text.h"
+
+#include <QDir>
+
+namespace cartloom::Places
+{
+
+std::filesystem::path homeFolder()
+{
+    return toPath(QDir::homePath());
+}
+
+std::vector<std::filesystem::path> applicationSupportFolders()
+{
+    return {homeFolder() / "Library/Application Support"};
+}
+
+std::vector<std::filesystem::path> applicationFolders()
+{
+    return {"/Applications", homeFolder() / "Applications"};
+}
+
+} // namespace cartloom::Places

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// The user's preference store, under the application's and the organisation's names. Main thread. What
+/// cannot be read is absent, what cannot be written is lost, neither is reported.
+namespace cartloom::Preferences
+{
+
+/// False when the key is absent.
+[[nodiscard]] bool boolean(const char* key);
+void setBoolean(const char* key, bool value);
+
+/// None when the key is absent or empty.
+[[nodiscard]] std::optional<QString> text(const char* key);
+void setText(const char* key, const QString& value);
+
+void remove(const char* key);
+
+} // namespace cartloom::Preferences

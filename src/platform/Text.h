@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+#include <filesystem>
+
+namespace cartloom
+{
+
+/// A path as text. Paths are UTF-8; what is not valid UTF-8 shows as replacement characters.
+[[nodiscard]] inline QString toText(const std::filesystem::path& path)
+{
+    const auto& native = path.native();
+    return QString::fromUtf8(native.data(), static_cast<qsizetype>(native.size()));
+}
+
+/// The path that a text names, in UTF-8.
+[[nodiscard]] inline std::filesystem::path toPath(const QString& text)
+{
+    return std::filesystem::path(text.toUtf8().toStdString());
+}
+
+} // namespace cartloom

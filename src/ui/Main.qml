@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Window
+import Cartloom
+
+/// The one window.
+Window {
+    id: window
+
+    required property AppModel model
+
+    title: "Cartloom"
+    width: 480
+    height: 640
+    minimumWidth: 480
+    minimumHeight: 600
+    visible: true
+
+    ContentView {
+        anchors.fill: parent
+        model: window.model
+    }
+}

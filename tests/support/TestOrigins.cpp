@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "support/TestOrigins.h"
+
+#include "game/Origins.h"
+
+namespace cartloom
+{
+
+namespace
+{
+
+/// Nothing listens on this port.
+const QUrl nowhere(QStringLiteral("http://127.0.0.1:1"));
+QUrl releaseApiOrigin = nowhere;
+QUrl storeOrigin = nowhere;
+
+} // namespace
+
+void TestOrigins::setReleaseApi(const QUrl& origin)
+{
+    releaseApiOrigin = origin;
+}
+void TestOrigins::setStore(const QUrl& origin)
+{
+    storeOrigin = origin;
+}
+
+QUrl Origins::releaseApi()
+{
+    return releaseApiOrigin;
+}
+QUrl Origins::store()
+{
+    return storeOrigin;
+}
+
+} // namespace cartloom

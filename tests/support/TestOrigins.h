@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QUrl>
+
+/// The addresses that the code under test asks. Until a test sets one, it leads nowhere.
+namespace cartloom::TestOrigins
+{
+
+void setReleaseApi(const QUrl& origin);
+void setStore(const QUrl& origin);
+
+} // namespace cartloom::TestOrigins

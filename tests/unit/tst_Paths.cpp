@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "platform/Places.h"
+#include "support/Sandbox.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <system_error>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+
+class PathsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void storageFolderLiesInThePreferredFolderForUserData()
+    {
+        const Sandbox sandbox;
+        QCOMPARE(Paths::support(), sandbox.home() / "data/Quillet64 Player");
+        QCOMPARE(Paths::supportIn({"/first", "/second"}), fs::path("/first/Quillet64 Player"));
+    }
+
+    void storageFolderWithoutAnyReportedFolderLiesUnderHome()
+    {
+        const Sandbox sandbox;
+        QCOMPARE(Paths::supportIn({}), sandbox.home() / "Library/Application Support/Quillet64 Player");
+    }
+
+    void namesOfTheEntries()
+    {
+        const Sandbox sandbox;
+        QCOMPARE(Paths::ares(), Paths::support() / "Ares");
+        QCOMPARE(Paths::aresNew(), Paths::support() / "Ares-new");
+        QCOMPARE(Paths::aresOld(), Paths::support() / "Ares-old");
+        QCOMPARE(Paths::aresVersion(), Paths::support() / "ares-version.txt");
+        QCOMPARE(Paths::gameFile(), Paths::support() / "Quillet64.z64");
+    }
+
+    void readingTheStorageFolderCreatesNothingTheFirstWorkFolderDoes()
+    {
+        const Sandbox sandbox;
+        const auto storage = Paths::support();
+        QVERIFY(!fs::exists(storage));
+        const auto folder = Paths::newWorkDir("download-game");
+        QVERIFY(fs::is_directory(storage));
+        QCOMPARE(folder.parent_path(), storage);
+    }
+
+    void ensuringAnExistingFolderChangesNothing()
+    {
+        const Sandbox sandbox;
+        Paths::ensureSupport();
+        writeFile(Paths::gameFile(), "game");
+        Paths::ensureSupport();
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Quillet64.z64")});
+        QCOMPARE(readFile(Paths::gameFile()), QByteArray("game"));
+    }
+
+    void twoWorkFoldersOfOnePrefixDifferAndAreEmpty()
+    {
+        const Sandbox sandbox;
+        const auto first = Paths::newWorkDir("download-ares");
+        const auto second = Paths::newWorkDir("download-ares");
+        QVERIFY(first != second);
+        QVERIFY(fs::is_empty(first));
+        QVERIFY(fs::is_empty(second));
+    }
+
+    void aWorkFolderIsNamedWithItsPrefixAndAnUpperCaseIdentifier()
+    {
+        const Sandbox sandbox;
+        const auto name = QString::fromStdString(Paths::newWorkDir("download-ares").filename().native());
+        static const QRegularExpression form(
+            QStringLiteral("^download-ares-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"));
+        QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
+    }
+
+    void aFileInTheWayIsTheSystemsOwnError()
+    {
+        const Sandbox sandbox;
+        writeFile(Paths::support(), "in the way");
+        QVERIFY_THROWS_EXCEPTION(std::system_error, Paths::ensureSupport());
+        QVERIFY_THROWS_EXCEPTION(std::system_error, static_cast<void>(Paths::newWorkDir("download-game")));
+        QCOMPARE(readFile(Paths::support()), QByteArray("in the way"));
+    }
+};
+
+QTEST_GUILESS_MAIN(PathsTest)
+#include "tst_Paths.moc"
