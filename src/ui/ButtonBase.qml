@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+
+/// What all buttons have in common: size from their content, the keys that press them, name and role.
+T.Button {
+    id: control
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+
+    // A key that is held down presses once.
+    Keys.onReturnPressed: event => event.isAutoRepeat || control.click()
+    Keys.onEnterPressed: event => event.isAutoRepeat || control.click()
+
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+}

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+import Cartloom
+
+/// Technical text that can be selected and copied; it scrolls when it needs more room than there is.
+T.ScrollView {
+    id: pane
+
+    required property string text
+
+    implicitHeight: Math.min(100, textArea.implicitHeight)
+    contentWidth: availableWidth
+    contentHeight: textArea.implicitHeight
+
+    T.ScrollBar.vertical: ThinScrollBar {
+        objectName: "detailsScrollBar"
+        parent: pane
+        x: pane.width - width
+        height: pane.height
+    }
+
+    T.TextArea {
+        id: textArea
+        objectName: "detailsText"
+        rightPadding: 12
+        implicitHeight: contentHeight
+        text: pane.text
+        textFormat: TextEdit.PlainText
+        wrapMode: TextEdit.Wrap
+        readOnly: true
+        selectByMouse: true
+        activeFocusOnTab: true
+        color: Theme.text
+        selectionColor: Theme.accent
+        selectedTextColor: Theme.text
+        font: Theme.monospaced
+
+        Accessible.role: Accessible.EditableText
+        Accessible.readOnly: true
+        Accessible.selectableText: true
+        Accessible.name: text
+    }
+
+    FocusRing {
+        visible: textArea.activeFocus
+        innerRadius: 3
+    }
+}
