@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Templates as T
 import Cartloom
 
 /// Title, message and buttons of an alert, one under the other. A message that is too long for the room scrolls.
@@ -17,6 +16,12 @@ FocusScope {
 
     focus: true
     implicitHeight: titleLabel.height + 8 + messageArea.height + 20 + buttons.height
+    // The arrow keys scroll a message that is too long.
+    Keys.forwardTo: [messageArea]
+
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: title
+    Accessible.description: message
 
     Label {
         id: titleLabel
@@ -27,21 +32,15 @@ FocusScope {
         horizontalAlignment: Text.AlignHCenter
     }
 
-    T.ScrollView {
+    ScrollPane {
         id: messageArea
         objectName: "alertMessageArea"
         anchors.top: titleLabel.bottom
         anchors.topMargin: 8
         width: parent.width
         height: Math.min(messageLabel.implicitHeight, Math.max(content.roomForMessage, 0))
-        contentWidth: availableWidth
         contentHeight: messageLabel.implicitHeight
-
-        T.ScrollBar.vertical: ThinScrollBar {
-            parent: messageArea
-            x: messageArea.width - width + 12
-            height: messageArea.height
-        }
+        scrollBarOutset: 12
 
         Label {
             id: messageLabel

@@ -22,7 +22,7 @@ T.Dialog {
 
     parent: T.Overlay.overlay
     anchors.centerIn: parent
-    width: 300
+    width: 340
     height: implicitHeight
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     padding: 20

@@ -9,9 +9,13 @@ T.Button {
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
 
-    // A key that is held down presses once.
-    Keys.onReturnPressed: event => event.isAutoRepeat || control.click()
-    Keys.onEnterPressed: event => event.isAutoRepeat || control.click()
+    function activate() {
+        action ? action.trigger() : clicked();
+    }
+
+    // A key that is held down presses once. The space bar is the template's.
+    Keys.onReturnPressed: event => event.isAutoRepeat || control.activate()
+    Keys.onEnterPressed: event => event.isAutoRepeat || control.activate()
 
     Accessible.role: Accessible.Button
     Accessible.name: text

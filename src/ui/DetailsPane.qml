@@ -4,21 +4,13 @@ import QtQuick.Templates as T
 import Cartloom
 
 /// Technical text that can be selected and copied; it scrolls when it needs more room than there is.
-T.ScrollView {
+ScrollPane {
     id: pane
 
     required property string text
 
     implicitHeight: Math.min(100, textArea.implicitHeight)
-    contentWidth: availableWidth
     contentHeight: textArea.implicitHeight
-
-    T.ScrollBar.vertical: ThinScrollBar {
-        objectName: "detailsScrollBar"
-        parent: pane
-        x: pane.width - width
-        height: pane.height
-    }
 
     T.TextArea {
         id: textArea
@@ -43,6 +35,7 @@ T.ScrollView {
     }
 
     FocusRing {
+        parent: pane
         visible: textArea.activeFocus
         innerRadius: 3
     }

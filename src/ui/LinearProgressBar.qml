@@ -54,4 +54,5 @@ T.ProgressBar {
     }
 
     Accessible.role: Accessible.ProgressBar
+    Accessible.description: indeterminate ? "" : Math.round(value * 100) + "%"
 }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Templates as T
 import Cartloom
 
-/// Scrolls a page vertically when the window is too small for it, and follows the keyboard.
-T.ScrollView {
-    id: area
+/// Scrolls a page that is too tall for the window, and follows the keyboard.
+ScrollPane {
+    id: page
 
-    readonly property Flickable view: contentItem as Flickable
     readonly property Item focusItem: Window.activeFocusItem
     /// How much of the page stays in view around what has the keyboard.
     readonly property real margin: 24
@@ -19,14 +17,5 @@ T.ScrollView {
         view.contentY = Math.max(Math.min(view.contentY, highest), lowest);
     }
 
-    onFocusItemChanged: activeFocus && focusItem !== area && reveal(focusItem)
-
-    contentWidth: availableWidth
-
-    T.ScrollBar.vertical: ThinScrollBar {
-        objectName: "pageScrollBar"
-        parent: area
-        x: area.width - width
-        height: area.height
-    }
+    onFocusItemChanged: activeFocus && focusItem !== page && reveal(focusItem)
 }
