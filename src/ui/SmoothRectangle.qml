@@ -21,7 +21,8 @@ Shape {
     readonly property real pull: ((8 - 4 * Math.SQRT2) * arcRadius - reach) / 3
 
     ShapePath {
-        fillColor: shape.fillColor
+        // Where a GPU draws, a transparent colour would hide the gradient.
+        fillColor: shape.gradient ? "white" : shape.fillColor
         fillGradient: shape.gradient
         strokeColor: shape.strokeColor
         strokeWidth: shape.strokeWidth > 0 ? shape.strokeWidth : -1
