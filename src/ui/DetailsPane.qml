@@ -22,7 +22,7 @@ ScrollPane {
         wrapMode: TextEdit.Wrap
         readOnly: true
         selectByMouse: true
-        activeFocusOnTab: true
+        selectByKeyboard: true
         color: Theme.text
         selectionColor: Theme.accent
         selectedTextColor: Theme.text

@@ -6,8 +6,8 @@ import QtQuick.Templates as T
 T.ScrollView {
     id: pane
 
-    /// What moves the content. That it is read here makes it exist before the scroll bar, which would not find
-    /// it later.
+    /// What moves the content. That it is read makes it exist in time: the scroll bar never learns of a view
+    /// that is made only when there is something in it.
     readonly property Flickable view: contentItem as Flickable
     /// How far the scroll bar stands outside of the pane.
     property real scrollBarOutset: 0

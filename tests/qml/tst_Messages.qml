@@ -122,6 +122,7 @@ PageCase {
         compare(text.font.pixelSize, 11);
         compare(item("detailsPane").height, text.contentHeight);
         compare(item("detailsPane").width, 412);
+        verify(!findChild(item("detailsPane"), "scrollBar").visible);
     }
 
     function test_longDetailsScrollInAPaneOf100() {
@@ -131,7 +132,9 @@ PageCase {
         compare(pane.height, 100);
         verify(pane.view.contentHeight > 100);
         verify(pane.view.clip);
-        verify(findChild(pane, "scrollBar").visible);
+        const bar = findChild(pane, "scrollBar");
+        verify(bar.visible);
+        fuzzyCompare(bar.size, 100 / pane.view.contentHeight, 0.01);
         mouseWheel(pane, 50, 50, 0, -120);
         tryVerify(() => pane.view.contentY > 0);
     }
@@ -148,6 +151,18 @@ PageCase {
         compare(probe.clipboardText(), longDetails);
         keyClick(Qt.Key_X);
         compare(text.text, longDetails);
+    }
+
+    function test_detailsCanBeReadAndSelectedWithTheKeyboard() {
+        probe.put({ errorMessage: "An error.", errorDetails: longDetails });
+        openDetails();
+        const text = item("detailsText");
+        text.forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_End, Qt.ControlModifier);
+        tryVerify(() => item("detailsPane").view.contentY > 0);
+        keyClick(Qt.Key_Left, Qt.ShiftModifier);
+        keyClick(Qt.Key_Left, Qt.ShiftModifier);
+        compare(text.selectedText, longDetails.slice(-2));
     }
 
     function test_detailsCanBeSelectedWithTheMouse() {

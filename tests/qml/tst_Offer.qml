@@ -39,6 +39,7 @@ PageCase {
         compare(alertItem("alertTitle").text, "Ares is already on this Mac");
         compare(alertItem("alertMessage").text,
                 "Found " + app + ". Use it instead of downloading about 80 MB?");
+        verify(!findChild(alertItem("alertMessageArea"), "scrollBar").visible);
         waitForRendering(page);
         compare(buttons().sort((a, b) => a.y - b.y).map(b => b.text), ["Use that one", "Download Ares", "Cancel"]);
         compare(buttons().map(b => b.role),
@@ -61,7 +62,9 @@ PageCase {
         verify(alert.height <= page.height - 40);
         const area = alertItem("alertMessageArea");
         verify(area.view.contentHeight > area.height);
-        tryVerify(() => findChild(area, "scrollBar").visible);
+        const bar = findChild(area, "scrollBar");
+        tryVerify(() => bar.visible);
+        fuzzyCompare(bar.size, Math.max(area.height / area.view.contentHeight, bar.minimumSize), 0.01);
         keyClick(Qt.Key_Down);
         tryVerify(() => area.view.contentY > 0);
         for (const b of buttons())
