@@ -2,7 +2,7 @@
 import QtQuick
 import Cartloom
 
-/// Title, message and buttons of an alert, one under the other. A message that is too long for the room scrolls.
+/// Title, message and buttons of an alert, one under the other. A message too long for the room scrolls.
 FocusScope {
     id: content
 

@@ -3,8 +3,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Cartloom
 
-/// A question over the dimmed page, which takes the keyboard until it is answered. It does not close by itself:
-/// whoever shows it binds "visible" and hears of the answer, after the action, from "answered".
+/// A question over the dimmed page, which takes the keyboard until it is answered. It does not close by
+/// itself: whoever shows it binds "visible" and hears of the answer, after the action, from "answered".
 T.Dialog {
     id: alert
 

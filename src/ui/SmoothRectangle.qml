@@ -3,7 +3,7 @@ import QtQuick
 import QtQuick.Shapes
 
 /// A rectangle with continuous corners: their curvature grows from nothing, as a superellipse's does. Where a
-/// side is too short for that, its corners approach circular arcs, and a radius of half the sides is a circle.
+/// side is too short for that, its corners approach circular arcs; a radius of half the sides is a circle.
 Shape {
     id: shape
 

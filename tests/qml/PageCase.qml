@@ -48,7 +48,8 @@ TestCase {
     /// All items below one, it included, of which something is true.
     function itemsBelow(top, condition) {
         const found = condition(top) ? [top] : [];
-        return Array.from(top.children).reduce((all, child) => all.concat(itemsBelow(child, condition)), found);
+        return Array.from(top.children).reduce((all, child) => all.concat(itemsBelow(child, condition)),
+                                               found);
     }
 
     function focusedItem() {

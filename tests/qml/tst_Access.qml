@@ -84,7 +84,8 @@ PageCase {
     function test_everyVisibleTextIsExposedWithItselfAsItsName() {
         showEverything();
         const texts = itemsBelow(page, child => child instanceof Text && child.visible && child.text !== "");
-        compare(texts.map(text => text.text), ["Quillet!64", item("blurb").text, "Getting Ares", "Getting Ares",
+        compare(texts.map(text => text.text), ["Quillet!64", item("blurb").text, "Getting Ares",
+                "Getting Ares",
                 "1 MB", "Cancel", "An error.", "Show Details", "Open the download page"]);
         for (const text of texts) {
             const owner = text.Accessible.ignored ? buttonOf(text) : text;

@@ -122,7 +122,8 @@ PageCase {
 
     function test_theEyesAreTwoGreenCircles() {
         const eyes = Array.from(item("eyes").children).filter(child => child.radius);
-        compare(eyes.map(eye => [eye.x, eye.width, eye.height, eye.radius]), [[0, 14, 14, 7], [32, 14, 14, 7]]);
+        compare(eyes.map(eye => [eye.x, eye.width, eye.height, eye.radius]),
+                [[0, 14, 14, 7], [32, 14, 14, 7]]);
         for (const eye of eyes)
             compareColor(eye.fillColor, "#30d158", 1);
     }

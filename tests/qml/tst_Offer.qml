@@ -41,7 +41,8 @@ PageCase {
                 "Found " + app + ". Use it instead of downloading about 80 MB?");
         verify(!findChild(alertItem("alertMessageArea"), "scrollBar").visible);
         waitForRendering(page);
-        compare(buttons().sort((a, b) => a.y - b.y).map(b => b.text), ["Use that one", "Download Ares", "Cancel"]);
+        compare(buttons().sort((a, b) => a.y - b.y).map(b => b.text),
+                ["Use that one", "Download Ares", "Cancel"]);
         compare(buttons().map(b => b.role),
                 [AlertAction.Default, AlertAction.Ordinary, AlertAction.Cancel]);
     }

@@ -100,7 +100,8 @@ PageCase {
 
     function test_theHintLies6UnderTheButton() {
         const hint = item("hint");
-        compare(hint.text, "Downloads the Ares emulator (about 80 MB) and the game (about 16 MB). Once only.");
+        compare(hint.text,
+                "Downloads the Ares emulator (about 80 MB) and the game (about 16 MB). Once only.");
         compare(hint.font.pixelSize, 10);
         compareColor(hint.color, "#ffffff", 0.6);
         compare(place("hint").y - place("mainButton").y - place("mainButton").height, 6);
