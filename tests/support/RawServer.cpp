@@ -58,6 +58,7 @@ RawConnection::RawConnection(QTcpSocket* socket, Respond respond)
     connect(m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 count) {
         m_sent += count;
         fill();
+        Q_EMIT bytesSent();
     });
 }
 

@@ -61,6 +61,7 @@ public:
 Q_SIGNALS:
     /// The other side has sent something, whether a whole request or not.
     void received();
+    void bytesSent();
 
 private:
     void takeRequests();

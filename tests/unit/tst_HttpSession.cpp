@@ -2,8 +2,8 @@
 #include "platform/HttpSession.h"
 #include "support/Failures.h"
 #include "support/RawServer.h"
+#include "support/ResultOf.h"
 
-#include <QCoroTask>
 #include <QtTest>
 
 using namespace cartloom;
@@ -17,7 +17,7 @@ private Q_SLOTS:
     {
         const RawServer server(httpAnswer(200, "hello"));
         HttpSession session;
-        const auto answer = QCoro::waitFor(session.get(QNetworkRequest(server.url(QStringLiteral("/x?y=1"))), {}));
+        const auto answer = resultOf(session.get(QNetworkRequest(server.url(QStringLiteral("/x?y=1"))), {}));
         QCOMPARE(answer.status, 200);
         QCOMPARE(answer.body, QByteArray("hello"));
         QCOMPARE(server.requests().size(), std::size_t(1));
