@@ -6,6 +6,7 @@
 #include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/Failures.h"
+#include "support/ResultOf.h"
 #include "support/Sandbox.h"
 
 #include <QtTest>
@@ -42,7 +43,7 @@ class InstallationTest : public QObject
 
     static fs::path install(const AresRelease& release, CancellationToken token = {})
     {
-        return QCoro::waitFor(AresInstaller::install(
+        return resultOf(AresInstaller::install(
             release, [](qint64, qint64) {}, std::move(token)));
     }
 
@@ -79,12 +80,12 @@ private Q_SLOTS:
         const auto release = makeRelease(QStringLiteral("v147"));
         std::mutex mutex;
         qint64 last = 0;
-        QCoro::waitFor(AresInstaller::install(release,
-                                              [&](qint64 received, qint64) {
-                                                  const std::lock_guard guard(mutex);
-                                                  last = received;
-                                              },
-                                              {}));
+        resultOf(AresInstaller::install(release,
+                                        [&](qint64 received, qint64) {
+                                            const std::lock_guard guard(mutex);
+                                            last = received;
+                                        },
+                                        {}));
         QCOMPARE(last, release.size);
     }
 

@@ -3,6 +3,7 @@
 #include "game/AppError.h"
 #include "support/AresBundle.h"
 #include "support/Failures.h"
+#include "support/ResultOf.h"
 #include "support/Sandbox.h"
 
 #include <QtTest>
@@ -21,7 +22,7 @@ class UnpackingTest : public QObject
 
     fs::path folder() const { return m_sandbox->scratch() / "folder"; }
 
-    void unpack(const fs::path& archive) const { QCoro::waitFor(unzip(archive, folder())); }
+    void unpack(const fs::path& archive) const { resultOf(unzip(archive, folder())); }
 
     std::optional<AppError> unpackFailure(const fs::path& archive = "/archive.zip") const
     {
