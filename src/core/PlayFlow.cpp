@@ -125,7 +125,7 @@ QCoro::Task<std::filesystem::path> AppModel::downloadGame(CancellationToken toke
 
 std::filesystem::path AppModel::checkedSavedGame()
 {
-    const auto file = Paths::gameFile();
+    auto file = Paths::gameFile();
     try {
         RomCheck::validate(file, true);
     } catch (const std::exception& error) {
