@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QImage>
+
+namespace cartloom
+{
+
+/// What the demo's game shows: the robot, and the game's title below it. 320 by 240 pixels. Needs the
+/// application object, for the font.
+[[nodiscard]] QImage titlePicture();
+
+} // namespace cartloom
