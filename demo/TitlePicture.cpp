@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QPolygonF>
 
+#include <cstdlib>
+
 namespace cartloom
 {
 
@@ -62,6 +64,15 @@ void drawTitle(QPainter& painter)
     painter.drawText(QRectF(0, 170, pictureWidth, 50), Qt::AlignCenter, QStringLiteral("Quillet!64"));
 }
 
+/// A console has 32 steps of each colour, and an emulator may blend them.
+bool isNearly(QRgb pixel, const QColor& colour)
+{
+    constexpr int tolerance = 12;
+    return std::abs(qRed(pixel) - colour.red()) <= tolerance &&
+           std::abs(qGreen(pixel) - colour.green()) <= tolerance &&
+           std::abs(qBlue(pixel) - colour.blue()) <= tolerance;
+}
+
 } // namespace
 
 QImage titlePicture()
@@ -78,6 +89,22 @@ QImage titlePicture()
     painter.scale(1.2, 1.2);
     drawRobot(painter);
     return picture;
+}
+
+bool showsRobot(const QImage& picture)
+{
+    // In the picture's own size the eyes take more than 400 points, and the tip and the bolt more than 150.
+    constexpr int fewestGreen = 300;
+    constexpr int fewestYellow = 100;
+    int greenPoints = 0;
+    int yellowPoints = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            greenPoints += isNearly(picture.pixel(x, y), green) ? 1 : 0;
+            yellowPoints += isNearly(picture.pixel(x, y), yellow) ? 1 : 0;
+        }
+    }
+    return greenPoints >= fewestGreen && yellowPoints >= fewestYellow;
 }
 
 } // namespace cartloom

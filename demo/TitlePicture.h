@@ -10,4 +10,8 @@ namespace cartloom
 /// application object, for the font.
 [[nodiscard]] QImage titlePicture();
 
+/// Whether the robot of that picture can be seen in another one, in any size, by the colours that only the
+/// robot has.
+[[nodiscard]] bool showsRobot(const QImage& picture);
+
 } // namespace cartloom
