@@ -49,8 +49,8 @@ PLIST
     rm -rf "$work"
 }
 
-# Whether this machine has an Ares that plays Nintendo 64 games. It lists its systems without opening a window; the
-# older ones, which do not know the option, would open one, and have no display for it here.
+# Whether this machine has an Ares that plays Nintendo 64 games. It lists its systems without opening a
+# window; the older ones, which do not know the option, would open one, and have no display for it here.
 machine_plays_nintendo_64() {
     local listing
     command -v ares >/dev/null || return 1
