@@ -4,6 +4,7 @@
 #include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "emulator/AresInstaller.h"
+#include "game/GameDownloader.h"
 #include "platform/Files.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
@@ -31,6 +32,11 @@ AppModel::AppModel(Clock clock)
     , m_lastTick(m_clock())
 {
     refreshState();
+}
+
+QUrl AppModel::storePage()
+{
+    return GameDownloader::pageURL();
 }
 
 void AppModel::setFullscreen(bool fullscreen)

@@ -8,6 +8,7 @@
 #include "game/ProgressCallback.h"
 
 #include <QObject>
+#include <QUrl>
 #include <QVariant>
 #include <QtQmlIntegration>
 
@@ -37,14 +38,14 @@ class AppModel : public QObject
     Q_PROPERTY(QString errorDetails READ errorDetails NOTIFY errorDetailsChanged)
     Q_PROPERTY(bool gameDownloadFailed READ gameDownloadFailed NOTIFY gameDownloadFailedChanged)
     Q_PROPERTY(QVariant notice READ noticeVariant NOTIFY noticeChanged)
-    Q_PROPERTY(
-        QVariant offerExternal READ offerExternalVariant RESET clearOfferExternal NOTIFY offerExternalChanged)
-    Q_PROPERTY(QVariant updateOffer READ updateOfferVariant RESET clearUpdateOffer NOTIFY updateOfferChanged)
+    Q_PROPERTY(QVariant offerExternal READ offerExternalVariant NOTIFY offerExternalChanged)
+    Q_PROPERTY(QVariant updateOffer READ updateOfferVariant NOTIFY updateOfferChanged)
     Q_PROPERTY(bool confirmReset READ confirmReset WRITE setConfirmReset NOTIFY confirmResetChanged)
     Q_PROPERTY(bool setupDone READ setupDone NOTIFY setupDoneChanged)
     Q_PROPERTY(QVariant aresVersion READ aresVersionVariant NOTIFY aresVersionChanged)
     Q_PROPERTY(bool usingExternalAres READ usingExternalAres NOTIFY usingExternalAresChanged)
     Q_PROPERTY(bool fullscreen READ fullscreen WRITE setFullscreen NOTIFY fullscreenChanged)
+    Q_PROPERTY(QUrl storePage READ storePage CONSTANT)
 
 public:
     /// The phase that the launcher is in.
@@ -97,12 +98,15 @@ public:
         return stage() == Stage::gettingAres || stage() == Stage::gettingGame;
     }
 
+    /// The game's store page, for a browser.
+    [[nodiscard]] static QUrl storePage();
+
     // What the window sets.
 
     void setFullscreen(bool fullscreen);
     void setConfirmReset(bool confirm) { m_confirmReset = confirm; }
-    void clearOfferExternal() { m_offerExternal = std::nullopt; }
-    void clearUpdateOffer() { m_updateOffer = std::nullopt; }
+    Q_INVOKABLE void clearOfferExternal() { m_offerExternal = std::nullopt; }
+    Q_INVOKABLE void clearUpdateOffer() { m_updateOffer = std::nullopt; }
 
     // What the player can do.
 

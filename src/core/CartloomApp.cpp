@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QNetworkProxyFactory>
 #include <QQuickWindow>
+#include <QSurfaceFormat>
 
 #include <csignal>
 #include <cstdlib>
@@ -21,6 +22,11 @@ void CartloomApp::prepare()
 #ifdef Q_OS_LINUX
     // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+#else
+    // A GPU draws the edges of shapes smoothly only when it takes several samples a pixel.
+    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+    format.setSamples(4);
+    QSurfaceFormat::setDefaultFormat(format);
 #endif
     // The emulator inherits this, and so may write errors after this program has gone.
     std::signal(SIGPIPE, SIG_IGN);

@@ -15,6 +15,7 @@ Window {
     minimumWidth: 480
     minimumHeight: 600
     visible: true
+    color: Theme.background
 
     ContentView {
         anchors.fill: parent

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+import QtQuick.Templates as T
+
+/// One way to answer an alert.
+T.Action {
+    enum Role {
+        Ordinary,
+        Default,
+        Cancel,
+        Destructive
+    }
+
+    property int role: AlertAction.Ordinary
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Cartloom
+
+/// The one large button. It looks the same when it is disabled: what it says then is what is going on.
+ButtonBase {
+    id: control
+
+    readonly property real cornerRadius: 14
+
+    topPadding: 16
+    bottomPadding: 16
+    leftPadding: 0
+    rightPadding: 0
+    font: Theme.bigButton
+
+    contentItem: Label {
+        objectName: "bigButtonTitle"
+        text: control.text
+        font: control.font
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+    background: SmoothRectangle {
+        objectName: "bigButtonBackground"
+        radius: control.cornerRadius
+        fillColor: Theme.tinted(Theme.green, control.down ? 0.6 : 0.85)
+    }
+
+    FocusRing {
+        visible: control.visualFocus
+        innerRadius: control.cornerRadius
+    }
+}

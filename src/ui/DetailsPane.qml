@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+import Cartloom
+
+/// Technical text that can be selected and copied; it scrolls when it needs more room than there is.
+ScrollPane {
+    id: pane
+
+    required property string text
+
+    implicitHeight: Math.min(100, textArea.implicitHeight)
+    contentHeight: textArea.implicitHeight
+
+    T.TextArea {
+        id: textArea
+        objectName: "detailsText"
+        rightPadding: 12
+        implicitHeight: contentHeight
+        text: pane.text
+        textFormat: TextEdit.PlainText
+        wrapMode: TextEdit.Wrap
+        readOnly: true
+        selectByMouse: true
+        selectByKeyboard: true
+        color: Theme.text
+        selectionColor: Theme.accent
+        selectedTextColor: Theme.text
+        font: Theme.monospaced
+
+        Accessible.role: Accessible.EditableText
+        Accessible.readOnly: true
+        Accessible.selectableText: true
+        Accessible.name: text
+    }
+
+    FocusRing {
+        parent: pane
+        visible: textArea.activeFocus
+        innerRadius: 3
+    }
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Cartloom
+
+/// What is drawn around its parent while the keyboard is on it.
+SmoothRectangle {
+    /// The corner radius of what the ring goes around.
+    property real innerRadius: 0
+
+    objectName: "focusRing"
+    anchors.fill: parent
+    anchors.margins: -3
+    radius: innerRadius + 3
+    strokeColor: Theme.focusRing
+    strokeWidth: 2
+}

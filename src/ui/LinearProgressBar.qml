@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+import Cartloom
+
+/// A bar that fills from left to right, or in which a piece travels while the end is unknown.
+T.ProgressBar {
+    id: control
+
+    implicitWidth: implicitContentWidth
+    implicitHeight: implicitContentHeight
+
+    contentItem: SmoothRectangle {
+        implicitHeight: 6
+        radius: 3
+        fillColor: Theme.track
+
+        SmoothRectangle {
+            objectName: "progressFill"
+            visible: !control.indeterminate && width > 0
+            width: control.visualPosition * parent.width
+            height: parent.height
+            radius: 3
+            fillColor: Theme.accent
+        }
+
+        SmoothRectangle {
+            objectName: "progressTraveller"
+            visible: control.indeterminate
+            width: parent.width / 4
+            height: parent.height
+            radius: 3
+            fillColor: Theme.accent
+
+            SequentialAnimation on x {
+                objectName: "progressTravel"
+                loops: Animation.Infinite
+                running: control.visible && control.indeterminate
+
+                NumberAnimation {
+                    from: 0
+                    to: control.width * 3 / 4
+                    duration: 900
+                    easing.type: Easing.InOutSine
+                }
+                NumberAnimation {
+                    from: control.width * 3 / 4
+                    to: 0
+                    duration: 900
+                    easing.type: Easing.InOutSine
+                }
+            }
+        }
+    }
+
+    Accessible.role: Accessible.ProgressBar
+    Accessible.description: indeterminate ? "" : Math.round(value * 100) + "%"
+}

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+import Cartloom
+
+/// A scroll bar that lies over the edge of what it scrolls, there while there is anything to scroll.
+T.ScrollBar {
+    id: control
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    padding: 2
+    minimumSize: 0.1
+    visible: size < 1
+
+    contentItem: SmoothRectangle {
+        implicitWidth: 6
+        implicitHeight: 6
+        radius: 3
+        fillColor: control.pressed ? Theme.text : Theme.scrollHandle
+    }
+}

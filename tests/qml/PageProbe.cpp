@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#include "PageProbe.h"
+
+#include "core/PreferenceKeys.h"
+#include "platform/Preferences.h"
+#include "platform/Text.h"
+#include "support/ModelProbe.h"
+#include "support/TestOrigins.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QMetaEnum>
+#include <QQmlApplicationEngine>
+
+#include <functional>
+
+namespace cartloom
+{
+
+namespace
+{
+
+const QUrl nowhere(QStringLiteral("http://127.0.0.1:1"));
+
+template <typename T>
+std::optional<T> optionalOf(const QVariant& value)
+{
+    return value.isValid() ? std::optional(value.value<T>()) : std::nullopt;
+}
+
+std::optional<std::filesystem::path> pathOf(const QVariant& value)
+{
+    return value.isValid() ? std::optional(toPath(value.toString())) : std::nullopt;
+}
+
+AppModel::Stage stageOf(const QVariant& value)
+{
+    bool known = false;
+    const int stage =
+        QMetaEnum::fromType<AppModel::Stage>().keyToValue(value.toString().toLatin1().constData(), &known);
+    if (!known)
+        qFatal("no such stage: %s", qPrintable(value.toString()));
+    return static_cast<AppModel::Stage>(stage);
+}
+
+using Setter = std::function<void(AppModel&, const QVariant&)>;
+
+const QHash<QString, Setter>& setters()
+{
+    using P = ModelProbe;
+    static const QHash<QString, Setter> all = {
+        {QStringLiteral("stage"), [](auto& model, const auto& v) { P::setStage(model, stageOf(v)); }},
+        {QStringLiteral("fraction"),
+         [](auto& model, const auto& v) { P::setFraction(model, optionalOf<double>(v)); }},
+        {QStringLiteral("detailLine"),
+         [](auto& model, const auto& v) { P::setDetailLine(model, v.toString()); }},
+        {QStringLiteral("errorMessage"),
+         [](auto& model, const auto& v) { P::setErrorMessage(model, optionalOf<QString>(v)); }},
+        {QStringLiteral("errorDetails"),
+         [](auto& model, const auto& v) { P::setErrorDetails(model, v.toString()); }},
+        {QStringLiteral("gameDownloadFailed"),
+         [](auto& model, const auto& v) { P::setGameDownloadFailed(model, v.toBool()); }},
+        {QStringLiteral("notice"),
+         [](auto& model, const auto& v) { P::setNotice(model, optionalOf<QString>(v)); }},
+        {QStringLiteral("offerExternal"),
+         [](auto& model, const auto& v) { P::setOfferExternal(model, pathOf(v)); }},
+        {QStringLiteral("setupDone"), [](auto& model, const auto& v) { P::setSetupDone(model, v.toBool()); }},
+        {QStringLiteral("pendingROM"),
+         [](auto& model, const auto& v) { P::setPendingROM(model, pathOf(v)); }},
+    };
+    return all;
+}
+
+} // namespace
+
+PageProbe::PageProbe()
+{
+    QAccessible::setActive(true);
+    QDesktopServices::setUrlHandler(nowhere.scheme(), this, "open");
+    renew();
+}
+
+PageProbe::~PageProbe()
+{
+    QDesktopServices::unsetUrlHandler(nowhere.scheme());
+}
+
+void PageProbe::renew()
+{
+    m_model.reset();
+    m_sandbox.emplace();
+    m_silence.close();
+    TestOrigins::setReleaseApi(nowhere);
+    TestOrigins::setStore(nowhere);
+    m_opened.clear();
+    m_model.emplace();
+    QQmlEngine::setObjectOwnership(model(), QQmlEngine::CppOwnership);
+    Q_EMIT modelChanged();
+    Q_EMIT openedChanged();
+}
+
+void PageProbe::put(const QVariantMap& fields)
+{
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        const auto setter = setters().constFind(field.key());
+        if (setter == setters().constEnd())
+            qFatal("no such field: %s", qPrintable(field.key()));
+        (*setter)(*m_model, field.value());
+    }
+}
+
+QVariant PageProbe::pendingROM() const
+{
+    const auto& rom = ModelProbe::pendingROM(*m_model);
+    return rom ? QVariant(toText(*rom)) : QVariant();
+}
+
+bool PageProbe::hasTask() const
+{
+    return ModelProbe::task(*m_model).has_value();
+}
+
+void PageProbe::silenceReleaseApi()
+{
+    if (!m_silence.listen(QHostAddress::LocalHost))
+        qFatal("cannot listen: %s", qPrintable(m_silence.errorString()));
+    TestOrigins::setReleaseApi(QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_silence.serverPort())));
+}
+
+QString PageProbe::placeExternalAres()
+{
+    const auto app = m_sandbox->home() / "Applications/ares.app";
+    std::filesystem::create_directories(app);
+    return toText(app);
+}
+
+QVariant PageProbe::preferredAres() const
+{
+    const auto path = Preferences::text(PreferenceKeys::externalAres);
+    return path ? QVariant(*path) : QVariant();
+}
+
+bool PageProbe::opensWithoutModel() const
+{
+    QQmlApplicationEngine engine;
+    engine.setOutputWarningsToStandardError(false);
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml")));
+    return !engine.rootObjects().isEmpty();
+}
+
+QVariantMap PageProbe::accessible(QQuickItem* item) const
+{
+    auto* const interface = QAccessible::queryAccessibleInterface(item);
+    if (!interface)
+        return {};
+    const auto state = interface->state();
+    auto* const value = interface->valueInterface();
+    return {
+        {QStringLiteral("name"), interface->text(QAccessible::Name)},
+        {QStringLiteral("description"), interface->text(QAccessible::Description)},
+        {QStringLiteral("role"), QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(
+                                     static_cast<int>(interface->role())))},
+        {QStringLiteral("value"), value ? value->currentValue() : QVariant()},
+        {QStringLiteral("focusable"), bool(state.focusable)},
+        {QStringLiteral("disabled"), bool(state.disabled)},
+        {QStringLiteral("invisible"), bool(state.invisible)},
+        {QStringLiteral("checked"), bool(state.checked)},
+        {QStringLiteral("readOnly"), bool(state.readOnly)},
+    };
+}
+
+QString PageProbe::clipboardText() const
+{
+    return QGuiApplication::clipboard()->text();
+}
+
+void PageProbe::open(const QUrl& address)
+{
+    m_opened.append(address);
+    Q_EMIT openedChanged();
+}
+
+} // namespace cartloom

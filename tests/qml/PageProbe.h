@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "core/AppModel.h"
+#include "support/Sandbox.h"
+
+#include <QQuickItem>
+#include <QTcpServer>
+#include <QVariantMap>
+
+#include <optional>
+
+namespace cartloom
+{
+
+/// What the tests of the window do and see beyond QML: the model behind the page, what assistive technology
+/// is told, what would be opened in a browser. QML knows the one instance as "probe". Main thread.
+class PageProbe : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(cartloom::AppModel* model READ model NOTIFY modelChanged)
+    Q_PROPERTY(QList<QUrl> opened MEMBER m_opened NOTIFY openedChanged)
+
+public:
+    PageProbe();
+    ~PageProbe() override;
+
+    [[nodiscard]] AppModel* model() { return &*m_model; }
+
+    /// Begins anew: an empty home, a model that has just been made, and addresses that lead nowhere.
+    Q_INVOKABLE void renew();
+    /// Puts fields of the model into a state; undefined is absent.
+    Q_INVOKABLE void put(const QVariantMap& fields);
+
+    /// The ROM that waits for the answer to the offer; undefined when there is none.
+    Q_INVOKABLE QVariant pendingROM() const;
+    /// Whether the model has ever started an operation.
+    Q_INVOKABLE bool hasTask() const;
+    /// Makes the release service one that takes connections and never answers.
+    Q_INVOKABLE void silenceReleaseApi();
+    /// Puts a copy of the emulator among the user's applications; returns its path.
+    Q_INVOKABLE QString placeExternalAres();
+    /// The emulator that the preferences name; undefined when they name none.
+    Q_INVOKABLE QVariant preferredAres() const;
+
+    /// Whether the window can be opened although nobody gives it a model.
+    Q_INVOKABLE bool opensWithoutModel() const;
+
+    /// What assistive technology is told of an item: name, role, value and states.
+    Q_INVOKABLE QVariantMap accessible(QQuickItem* item) const;
+    Q_INVOKABLE QString clipboardText() const;
+
+Q_SIGNALS:
+    void modelChanged();
+    void openedChanged();
+
+private Q_SLOTS:
+    void open(const QUrl& address);
+
+private:
+    std::optional<Sandbox> m_sandbox;
+    std::optional<AppModel> m_model;
+    QTcpServer m_silence;
+    QList<QUrl> m_opened;
+};
+
+} // namespace cartloom

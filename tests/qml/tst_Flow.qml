@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Cartloom
+
+/// The controls, with the model really doing what they ask for.
+PageCase {
+    name: "Flow"
+
+    function test_thePlayButtonStartsTheFlow_data() {
+        return [{ tag: "mouse" }, { tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return }];
+    }
+
+    function test_thePlayButtonStartsTheFlow(row) {
+        probe.silenceReleaseApi();
+        if (row.key) {
+            compare(tab(), "mainButton");
+            keyClick(row.key);
+        } else {
+            mouseClick(item("mainButton"));
+        }
+        tryCompare(model, "stage", "gettingAres");
+        compare(item("mainButton").text, "Getting Ares");
+        verify(item("statusArea").visible);
+        model.cancel();
+        tryCompare(model, "stage", "idle");
+    }
+
+    function test_thePlayButtonIgnoresClicksWhileWorkRuns() {
+        probe.put({ stage: "playing", notice: "A notice." });
+        mouseClick(item("mainButton"));
+        verify(!probe.hasTask());
+        compare(model.notice, "A notice.");
+    }
+
+    function test_cancelCancelsTheRunningTask_data() {
+        return [{ tag: "mouse" }, { tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return }];
+    }
+
+    function test_cancelCancelsTheRunningTask(row) {
+        probe.silenceReleaseApi();
+        mouseClick(item("mainButton"));
+        tryCompare(model, "stage", "gettingAres");
+        waitForRendering(page);
+        if (row.key) {
+            compare(tab(), "cancelButton");
+            keyClick(row.key);
+        } else {
+            mouseClick(item("cancelButton"));
+        }
+        tryCompare(model, "stage", "idle");
+        compare(item("notice").text, "Cancelled. Nothing was changed.");
+        verify(item("notice").visible);
+        verify(!item("statusArea").visible);
+        verify(item("mainButton").enabled);
+    }
+
+    function test_aFailureShowsItsMessageAndDetails() {
+        mouseClick(item("mainButton"));
+        tryVerify(() => item("errorBox").visible);
+        compare(item("errorMessage").text, model.errorMessage);
+        compare(item("errorDetails").visible, model.errorDetails !== "");
+        verify(!item("recoveryRow").visible);
+        compare(model.stage, "idle");
+    }
+
+    function test_aCopyInTheApplicationsIsOfferedAndTheGameIsFetchedWithIt() {
+        const app = probe.placeExternalAres();
+        mouseClick(item("mainButton"));
+        const alert = item("externalOfferAlert");
+        tryVerify(() => alert.opened);
+        compare(model.stage, "idle");
+        compare(alert.message, "Found " + app + ". Use it instead of downloading about 80 MB?");
+        keyClick(Qt.Key_Return);
+        tryVerify(() => item("recoveryRow").visible);
+        compare(probe.preferredAres(), app);
+        verify(model.usingExternalAres);
+        verify(!alert.visible);
+    }
+
+    function test_theNextPressRemovesTheOldMessage() {
+        probe.silenceReleaseApi();
+        probe.put({ errorMessage: "An old error." });
+        mouseClick(item("mainButton"));
+        verify(!item("messages").visible);
+        tryCompare(model, "stage", "gettingAres");
+        model.cancel();
+        tryCompare(model, "stage", "idle");
+    }
+}
