@@ -21,7 +21,4 @@ if(CARTLOOM_SANITIZE)
     target_compile_options(cartloom_options INTERFACE -Wno-maybe-uninitialized)
   endif()
   add_link_options(-fsanitize=${CARTLOOM_SANITIZE})
-  # With the sanitizers' own code in between, GCC no longer sees that an absent optional is never read; and it warns of
-  # fences in the standard library that the thread sanitizer cannot follow.
-  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
 endif()
