@@ -26,5 +26,9 @@ QUrl Origins::store()
 {
     return standIn;
 }
+QString Origins::emulatorSite()
+{
+    return QStringLiteral("ares-emu.net");
+}
 
 } // namespace cartloom
