@@ -36,6 +36,7 @@ DownloadSession::DownloadSession(FileDownloader& downloader, std::filesystem::pa
 
 DownloadSession::~DownloadSession()
 {
+    cancel();
     wait();
 }
 
