@@ -67,7 +67,13 @@ std::exception_ptr DownloadSession::transfer()
 
     QEventLoop loop;
     connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    connect(&exchange, &HttpExchange::readyRead, &exchange, [&] { takeArrived(file); });
+    connect(&exchange, &HttpExchange::readyRead, &exchange, [&] {
+        // The body of a refusal is of no use, and it may be endless.
+        if (isSuccess(exchange.status()))
+            takeArrived(file);
+        else
+            loop.quit();
+    });
     connect(&exchange, &HttpExchange::progressed, &exchange,
             [&](qint64 received) { m_downloader.didWriteData(received, exchange.announcedLength()); });
     loop.exec();
@@ -89,11 +95,6 @@ std::exception_ptr DownloadSession::transfer()
 
 void DownloadSession::takeArrived(TemporaryFile& file)
 {
-    // The body of a refusal is of no use, and it may be endless.
-    if (!isSuccess(m_exchange->status())) {
-        m_exchange->abort(urlError(UrlError::badServerResponse));
-        return;
-    }
     try {
         char block[blockSize];
         for (auto count = m_exchange->read(block, blockSize); count > 0;
