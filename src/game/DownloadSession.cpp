@@ -78,13 +78,10 @@ std::exception_ptr DownloadSession::transfer()
             [&](qint64 received) { m_downloader.didWriteData(received, exchange.announcedLength()); });
     loop.exec();
 
-    const bool rejected = !isSuccess(exchange.status());
-    if (!m_failure && !rejected) {
-        if (exchange.failure())
-            m_failure = std::make_exception_ptr(PlatformError(*exchange.failure()));
-        else
-            takeArrived(file);
-    }
+    if (!m_failure && exchange.failure())
+        m_failure = std::make_exception_ptr(PlatformError(*exchange.failure()));
+    if (!m_failure && isSuccess(exchange.status()))
+        takeArrived(file);
     m_exchange = nullptr;
     if (!m_failure) {
         file.descriptor().close();

@@ -138,6 +138,7 @@ void HttpExchange::follow(const QUrl& target)
     if (status() != 307 && status() != 308)
         m_body.reset();
     m_request.setUrl(target);
+    m_reply->disconnect(this);
     ask();
 }
 

@@ -18,8 +18,6 @@ using namespace cartloom;
 namespace
 {
 
-const auto neverAnswer = [](RawConnection&, const RawRequest&) {};
-
 /// A download whose server never answers, so that only what the test reports can end it.
 struct Waiting
 {
@@ -53,7 +51,7 @@ struct Waiting
     Sandbox sandbox;
     fs::path arrived = sandbox.scratch() / "arrived";
     fs::path destination = sandbox.scratch() / "destination";
-    RawServer server{neverAnswer};
+    RawServer server{keepSilent};
     FileDownloader downloader{destination, [](qint64, qint64) {}};
     fs::path result;
     std::exception_ptr error;

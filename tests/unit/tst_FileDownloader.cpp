@@ -3,8 +3,10 @@
 #include "game/FileDownloader.h"
 #include "game/FriendlyError.h"
 #include "platform/Errors.h"
+#include "support/Download.h"
 #include "support/Failures.h"
 #include "support/RawServer.h"
+#include "support/Requests.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
 
@@ -17,51 +19,6 @@
 namespace fs = std::filesystem;
 using namespace cartloom;
 using namespace std::chrono_literals;
-
-namespace
-{
-
-QNetworkRequest requestFor(const QUrl& url, std::chrono::milliseconds limit = 20s)
-{
-    QNetworkRequest request(url);
-    request.setTransferTimeout(static_cast<int>(limit.count()));
-    return request;
-}
-
-const auto neverAnswer = [](RawConnection&, const RawRequest&) {};
-const auto noProgress = [](qint64, qint64) {};
-
-std::ptrdiff_t entriesOf(const char* folder)
-{
-    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-}
-
-/// One download into a folder that holds nothing else, and how it ended.
-struct Download
-{
-    explicit Download(ProgressCallback progress = noProgress)
-        : downloader(destination(), std::move(progress))
-    {
-        fs::create_directories(destination().parent_path());
-    }
-
-    [[nodiscard]] fs::path destination() const { return sandbox.scratch() / "downloads/file.bin"; }
-    [[nodiscard]] QStringList names() const
-    {
-        return QDir(QString::fromStdString(destination().parent_path().native()))
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-    }
-
-    fs::path fetch(const QUrl& url, CancellationToken token = {})
-    {
-        return resultOf(downloader.download(requestFor(url), std::move(token)));
-    }
-
-    Sandbox sandbox;
-    FileDownloader downloader;
-};
-
-} // namespace
 
 class FileDownloaderTest : public QObject
 {
@@ -179,108 +136,6 @@ private Q_SLOTS:
         QCOMPARE(readFile(elsewhere), QByteArray("elsewhere"));
     }
 
-    void noFailureTouchesWhatStandsAtTheDestination_data()
-    {
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("HTTP error") << httpAnswer(404, "page");
-        QTest::newRow("nothing") << QByteArray();
-        QTest::newRow("short body") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf");
-        QTest::newRow("redirect elsewhere") << httpRedirect("http://192.0.2.1/");
-    }
-
-    void noFailureTouchesWhatStandsAtTheDestination()
-    {
-        QFETCH(QByteArray, answer);
-        const RawServer server(answer);
-        Download download;
-        writeFile(download.destination(), "old");
-        QVERIFY(failureOf<std::exception>([&] { return download.fetch(server.url()); }));
-        QCOMPARE(readFile(download.destination()), QByteArray("old"));
-        QCOMPARE(download.names(), QStringList{QStringLiteral("file.bin")});
-    }
-
-    void aFolderThatIsMissingIsTheSystemsOwnError()
-    {
-        const RawServer server(httpAnswer(200));
-        Download download;
-        fs::remove(download.destination().parent_path());
-        const auto error = failureOf<std::system_error>([&] { return download.fetch(server.url()); });
-        QVERIFY(error);
-        QCOMPARE(error->code().value(), ENOENT);
-    }
-
-    void anInactivityLimitIsNoCancellation()
-    {
-        const RawServer server([](RawConnection& connection, const RawRequest&) {
-            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf");
-        });
-        Download download;
-        const auto error = failureOf<PlatformError>(
-            [&] { return resultOf(download.downloader.download(requestFor(server.url(), 300ms), {})); });
-        QVERIFY(error);
-        QCOMPARE(error->code, -1001);
-        QVERIFY(!FriendlyError::isCancel(*error));
-        QCOMPARE(download.names(), QStringList());
-    }
-
-    void aCancellationBeforeTheTransferEndsTheWait()
-    {
-        const RawServer server(neverAnswer);
-        Download download;
-        const CancellationSource source;
-        source.cancel();
-        const auto error =
-            failureOf<PlatformError>([&] { return download.fetch(server.url(), source.token()); });
-        QVERIFY(error);
-        QVERIFY(FriendlyError::isCancel(*error));
-        QCOMPARE(download.names(), QStringList());
-    }
-
-    void aCancellationBeforeTheAnswerEndsTheWait()
-    {
-        const CancellationSource source;
-        const RawServer server([&](RawConnection&, const RawRequest&) { source.cancel(); });
-        Download download;
-        const auto error =
-            failureOf<PlatformError>([&] { return download.fetch(server.url(), source.token()); });
-        QVERIFY(error);
-        QVERIFY(FriendlyError::isCancel(*error));
-    }
-
-    void aCancellationDuringTheTransferEndsTheWait()
-    {
-        const CancellationSource source;
-        const RawServer server([](RawConnection& connection, const RawRequest&) {
-            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf");
-        });
-        Download download;
-        writeFile(download.destination(), "old");
-        auto task = download.downloader.download(requestFor(server.url()), source.token());
-        // The first half has been written.
-        QVERIFY(QTest::qWaitFor([&] {
-            const fs::directory_iterator files(download.destination().parent_path());
-            return std::any_of(begin(files), end(files),
-                               [](const auto& file) { return file.file_size() == 4; });
-        }));
-        source.cancel();
-        const auto error = failureOf<PlatformError>([&] { return resultOf(std::move(task)); });
-        QVERIFY(error);
-        QCOMPARE(error->domain, QStringLiteral("NSURLErrorDomain"));
-        QCOMPARE(error->code, -999);
-        QCOMPARE(readFile(download.destination()), QByteArray("old"));
-        QCOMPARE(download.names(), QStringList{QStringLiteral("file.bin")});
-    }
-
-    void aCancellationAfterTheTransferChangesNothing()
-    {
-        const RawServer server(httpAnswer(200, "contents"));
-        const CancellationSource source;
-        Download download;
-        static_cast<void>(download.fetch(server.url(), source.token()));
-        source.cancel();
-        QCOMPARE(readFile(download.destination()), QByteArray("contents"));
-    }
-
     void progressRisesToTheAnnouncedLength()
     {
         const QByteArray body(3'000'000, 'x');
@@ -342,44 +197,6 @@ private Q_SLOTS:
         QCOMPARE(download.fetch(server.url()), download.destination());
         QCOMPARE(download.names(), QStringList{QStringLiteral("file.bin")});
         QVERIFY(!fs::exists(download.sandbox.root() / "evil"));
-    }
-
-    void nothingIsLeftOfTwentyDownloads()
-    {
-        const RawServer server(httpAnswer(200, QByteArray(300'000, 'x')));
-        const auto once = [&] {
-            Download download;
-            static_cast<void>(download.fetch(server.url()));
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        };
-        const auto settled = [&](const char* folder) {
-            // The server's ends of the connections close from the event loop.
-            const auto allClosed = [&] {
-                return std::all_of(server.connections().begin(), server.connections().end(),
-                                   [](const auto& connection) { return connection->isClosed(); });
-            };
-            return QTest::qWaitFor(allClosed) ? entriesOf(folder) : -1;
-        };
-        once();
-        const auto descriptors = settled("/proc/self/fd");
-        const auto threads = settled("/proc/self/task");
-        for (int i = 0; i < 20; ++i)
-            once();
-        QTRY_COMPARE(settled("/proc/self/fd"), descriptors);
-        QTRY_COMPARE(settled("/proc/self/task"), threads);
-    }
-
-    void droppingADownloaderEndsItsTransfer()
-    {
-        const RawServer server(neverAnswer);
-        const Sandbox sandbox;
-        {
-            FileDownloader downloader(sandbox.scratch() / "file.bin", noProgress);
-            const auto task = downloader.download(requestFor(server.url()), {});
-            QVERIFY(QTest::qWaitFor([&] { return !server.requests().empty(); }));
-        }
-        QVERIFY(QTest::qWaitFor([&] { return server.connections().front()->isClosed(); }));
-        QVERIFY(fs::is_empty(sandbox.scratch()));
     }
 };
 

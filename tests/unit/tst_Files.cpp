@@ -263,40 +263,6 @@ private Q_SLOTS:
         QCOMPARE(FriendlyError::make(*error, QStringLiteral("Step")).details,
                  QStringLiteral("Step\nNSPOSIXErrorDomain %1\n%2").arg(number).arg(sentence));
     }
-
-    void aTemporaryFileStaysOnlyWhenReleased()
-    {
-        const Sandbox sandbox;
-        fs::path kept;
-        {
-            const TemporaryFile dropped(sandbox.scratch() / "target");
-            TemporaryFile released(sandbox.scratch() / "target");
-            QVERIFY(dropped.path() != released.path());
-            QCOMPARE(released.path().parent_path(), sandbox.scratch());
-            QCOMPARE(entriesOf(sandbox.scratch()), 2);
-            kept = released.path();
-            released.release();
-        }
-        QCOMPARE(entriesOf(sandbox.scratch()), 1);
-        QVERIFY(fs::exists(kept));
-        QCOMPARE(errnoOf([&] { const TemporaryFile none(sandbox.scratch() / "no/target"); }), ENOENT);
-    }
-
-    void aDescriptorMovesAndClosesOnce()
-    {
-        int number = -1;
-        {
-            FileDescriptor first(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-            number = first.get();
-            FileDescriptor second(std::move(first));
-            QVERIFY(!first.isOpen());
-            FileDescriptor third;
-            third = std::move(second);
-            QCOMPARE(third.get(), number);
-            QVERIFY(::fcntl(number, F_GETFD) >= 0);
-        }
-        QCOMPARE(::fcntl(number, F_GETFD), -1);
-    }
 };
 
 QTEST_GUILESS_MAIN(FilesTest)
