@@ -6,6 +6,7 @@
 #include "support/RawServer.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
@@ -150,6 +151,30 @@ private Q_SLOTS:
             failureOf<std::system_error>([&]() -> int { std::rethrow_exception(waiting.error); });
         QVERIFY(failure);
         QCOMPARE(failure->code().value(), ENOENT);
+    }
+
+    void aPlaceThatCannotBeClearedIsTheSystemsOwnError()
+    {
+        Waiting waiting;
+        const auto task = waiting.start();
+        // A folder whose contents this user may not remove, at the destination itself.
+        writeFile(waiting.destination / "locked/file", "old");
+        for (const auto& folder : {waiting.sandbox.root(), waiting.sandbox.scratch()})
+            fs::permissions(folder, fs::perms::all);
+        fs::permissions(waiting.destination / "locked", fs::perms::owner_read | fs::perms::owner_exec);
+        {
+            const Unprivileged unprivileged;
+            waiting.downloader.didFinishDownloading(waiting.arrived, 200, {});
+        }
+        waiting.downloader.didComplete(nullptr);
+        QVERIFY(waiting.settle());
+        fs::permissions(waiting.destination / "locked", fs::perms::all);
+        const auto failure =
+            failureOf<std::system_error>([&]() -> int { std::rethrow_exception(waiting.error); });
+        QVERIFY(failure);
+        QCOMPARE(failure->code().value(), EACCES);
+        QCOMPARE(readFile(waiting.destination / "locked/file"), QByteArray("old"));
+        QCOMPARE(readFile(waiting.arrived), QByteArray("contents"));
     }
 
     void completionsOverAndOver()

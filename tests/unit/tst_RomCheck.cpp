@@ -3,6 +3,7 @@
 #include "game/RomCheck.h"
 #include "support/Failures.h"
 #include "support/Sandbox.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
@@ -120,6 +121,23 @@ private Q_SLOTS:
         writeSparse(sandbox.scratch() / "rom", bigEndianHeader, 10'000'000);
         fs::create_symlink("rom", sandbox.scratch() / "link");
         QCOMPARE(verdict(sandbox.scratch() / "link", true), QString());
+    }
+
+    void aFileThatMayNotBeReadIsTheSystemsOwnError()
+    {
+        const Sandbox sandbox;
+        const auto file = sandbox.scratch() / "rom.z64";
+        writeSparse(file, bigEndianHeader, 10'000'000);
+        for (const auto& folder : {sandbox.root(), sandbox.scratch()})
+            fs::permissions(folder, fs::perms::all);
+        fs::permissions(file, fs::perms::none);
+        const Unprivileged unprivileged;
+        const auto error = failureOf<std::system_error>([&] {
+            RomCheck::validate(file, true);
+            return 0;
+        });
+        QVERIFY(error);
+        QCOMPARE(error->code().value(), EACCES);
     }
 
     void aMissingFileIsTheSystemsOwnError_data()
