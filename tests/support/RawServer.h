@@ -114,6 +114,9 @@ private:
     std::vector<std::unique_ptr<RawConnection>> m_connections;
 };
 
+/// Leaves every request without an answer and the connection open.
+inline void keepSilent(RawConnection&, const RawRequest&) {}
+
 /// A whole answer with this status, the headers given as lines, a fitting length and the end of the
 /// connection announced.
 [[nodiscard]] QByteArray httpAnswer(int status, const QByteArray& body = {},

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Makes the certificates of the TLS tests in the folder given: an authority that the tests trust, certificates of
-# its making, and one of an authority that nobody trusts. Each NAME.pem has its key in NAME.key.
+# Makes the certificates of the TLS tests in the folder given: an authority that the tests trust, certificates
+# of its making, and one of an authority that nobody trusts. Each NAME.pem has its key in NAME.key.
 set -eu
 cd "$1"
 
