@@ -14,4 +14,9 @@ QUrl store()
     return QUrl(QStringLiteral(CARTLOOM_STORE_ORIGIN));
 }
 
+QString emulatorSite()
+{
+    return QStringLiteral(CARTLOOM_EMULATOR_SITE);
+}
+
 } // namespace cartloom::Origins

@@ -5,11 +5,15 @@
 #include "core/PreferenceKeys.h"
 #include "emulator/AresInstaller.h"
 #include "game/GameDownloader.h"
+#include "game/Origins.h"
+#include "platform/FileBrowser.h"
 #include "platform/Files.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
 
 #include <QMetaEnum>
+
+#include <system_error>
 
 namespace cartloom
 {
@@ -80,6 +84,27 @@ void AppModel::cancel()
 {
     if (m_task)
         m_task->cancel();
+}
+
+void AppModel::revealStorage()
+{
+    try {
+        Paths::ensureSupport();
+    } catch (const std::system_error&) {
+        // The file browser then shows what there is.
+    }
+    FileBrowser::reveal(Paths::support());
+}
+
+QString AppModel::emulatorSite()
+{
+    return Origins::emulatorSite();
+}
+
+void AppModel::showError(const AppError& error)
+{
+    m_errorMessage = error.message;
+    m_errorDetails = error.details;
 }
 
 /// Whether nothing is running and nothing is about to.

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "core/OpenPanel.h"
 #include "core/Published.h"
 #include "core/TaskHandle.h"
 #include "emulator/AresRelease.h"
 #include "emulator/Launcher.h"
+#include "game/AppError.h"
 #include "game/ProgressCallback.h"
 
 #include <QObject>
@@ -45,6 +47,8 @@ class AppModel : public QObject
     Q_PROPERTY(QVariant aresVersion READ aresVersionVariant NOTIFY aresVersionChanged)
     Q_PROPERTY(bool usingExternalAres READ usingExternalAres NOTIFY usingExternalAresChanged)
     Q_PROPERTY(bool fullscreen READ fullscreen WRITE setFullscreen NOTIFY fullscreenChanged)
+    Q_PROPERTY(cartloom::OpenPanel* openPanel READ openPanel CONSTANT)
+    Q_PROPERTY(QString emulatorSite READ emulatorSite CONSTANT)
     Q_PROPERTY(QUrl storePage READ storePage CONSTANT)
 
 public:
@@ -101,6 +105,11 @@ public:
     /// The game's store page, for a browser.
     [[nodiscard]] static QUrl storePage();
 
+    /// Through which the player is asked for a file.
+    [[nodiscard]] OpenPanel* openPanel() { return &m_openPanel; }
+    /// The domain name of the emulator's web site.
+    [[nodiscard]] static QString emulatorSite();
+
     // What the window sets.
 
     void setFullscreen(bool fullscreen);
@@ -124,6 +133,20 @@ public:
     Q_INVOKABLE void dismissOffer() { m_pendingROM.reset(); }
     /// Cancels the running task.
     Q_INVOKABLE void cancel();
+    /// Asks for a ROM of the player's own and plays it; it is not copied.
+    Q_INVOKABLE void openROM();
+    /// As if the one file that was dropped on the window had been chosen for openROM.
+    Q_INVOKABLE void openDropped(const QList<QUrl>& addresses);
+    /// Asks for a copy of the game that the player has, and installs it.
+    Q_INVOKABLE void chooseExistingGameFile();
+    /// Looks whether there is another release than the installed one, and offers it. Cannot be cancelled.
+    Q_INVOKABLE void checkForUpdate();
+    /// Installs an offered release; the installed copy is kept until the new one has started once.
+    Q_INVOKABLE void installUpdate(const cartloom::AresRelease& release);
+    /// Shows the storage folder in the system's file browser.
+    Q_INVOKABLE void revealStorage();
+    /// Deletes all that was downloaded and forgets the player's own choice of an emulator. Never fails.
+    Q_INVOKABLE void reset();
 
     // The parts of the play flow.
 
@@ -191,6 +214,11 @@ private:
     [[nodiscard]] std::filesystem::path checkedSavedGame();
     void launchAres(const std::optional<std::filesystem::path>& app,
                     const std::optional<std::filesystem::path>& rom);
+    [[nodiscard]] QCoro::Task<void> lookForUpdate();
+    [[nodiscard]] QCoro::Task<void> runUpdate(AresRelease release, CancellationToken token);
+    void addGameFile(const std::filesystem::path& file);
+    void playROM(const std::filesystem::path& rom);
+    void showError(const AppError& error);
     void failFlow(const std::exception& error, QLatin1String step);
 
     const Clock m_clock;
@@ -211,6 +239,7 @@ private:
     Field<bool> m_fullscreen;
 
     Launcher m_launcher;
+    OpenPanel m_openPanel;
     /// The running operation, or the last one.
     std::optional<TaskHandle> m_task;
     /// What the player asked to play when the flow stopped to offer a copy of the emulator.

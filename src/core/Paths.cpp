@@ -50,7 +50,7 @@ void ensureSupport()
 std::filesystem::path newWorkDir(std::string_view prefix)
 {
     ensureSupport();
-    const auto folder = support() / (std::string(prefix) + '-' + newIdentifier());
+    auto folder = support() / (std::string(prefix) + '-' + newIdentifier());
     Files::createFolders(folder);
     return folder;
 }

@@ -125,7 +125,7 @@ QCoro::Task<std::filesystem::path> AppModel::downloadGame(CancellationToken toke
 
 std::filesystem::path AppModel::checkedSavedGame()
 {
-    const auto file = Paths::gameFile();
+    auto file = Paths::gameFile();
     try {
         RomCheck::validate(file, true);
     } catch (const std::exception& error) {
@@ -172,8 +172,7 @@ void AppModel::failFlow(const std::exception& error, QLatin1String step)
         if (refusedBySystem)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
-        m_errorMessage = shown.message;
-        m_errorDetails = shown.details;
+        showError(shown);
     }
     refreshState();
 }
@@ -196,8 +195,7 @@ void AppModel::didExit(const LaunchResult& result, bool justUpdated)
         message += QStringLiteral("\n\nIf macOS blocked it, open System Settings, then Privacy and Security, "
                                   "and click Open Anyway next to ares.");
     }
-    m_errorMessage = message;
-    m_errorDetails = result.errorText;
+    showError(AppError(message, result.errorText));
 }
 
 void AppModel::useExistingAres(const std::filesystem::path& app)

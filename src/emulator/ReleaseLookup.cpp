@@ -44,7 +44,7 @@ struct DecodingError : std::runtime_error
 
 QJsonValue required(const QJsonObject& object, const char* key)
 {
-    const QJsonValue value = object.value(QLatin1String(key));
+    QJsonValue value = object.value(QLatin1String(key));
     if (value.isUndefined())
         throw DecodingError(std::string("There is no value for the key \"") + key + "\".");
     return value;
@@ -88,7 +88,7 @@ APIRelease decodeRelease(const QByteArray& body)
     const QJsonValue assets = required(root, "assets");
     if (!assets.isArray())
         throw DecodingError("The value of \"assets\" is not a list.");
-    for (const QJsonValue& item : assets.toArray()) {
+    for (const auto& item : assets.toArray()) {
         const QJsonObject asset = requiredObject(item, "asset");
         release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size"),
                                   requiredText(asset, "browser_download_url")});

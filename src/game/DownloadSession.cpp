@@ -36,6 +36,7 @@ DownloadSession::DownloadSession(FileDownloader& downloader, std::filesystem::pa
 
 DownloadSession::~DownloadSession()
 {
+    cancel();
     wait();
 }
 
@@ -66,18 +67,21 @@ std::exception_ptr DownloadSession::transfer()
 
     QEventLoop loop;
     connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    connect(&exchange, &HttpExchange::readyRead, &exchange, [&] { takeArrived(file); });
+    connect(&exchange, &HttpExchange::readyRead, &exchange, [&] {
+        // The body of a refusal is of no use, and it may be endless.
+        if (isSuccess(exchange.status()))
+            takeArrived(file);
+        else
+            loop.quit();
+    });
     connect(&exchange, &HttpExchange::progressed, &exchange,
             [&](qint64 received) { m_downloader.didWriteData(received, exchange.announcedLength()); });
     loop.exec();
 
-    const bool rejected = !isSuccess(exchange.status());
-    if (!m_failure && !rejected) {
-        if (exchange.failure())
-            m_failure = std::make_exception_ptr(PlatformError(*exchange.failure()));
-        else
-            takeArrived(file);
-    }
+    if (!m_failure && exchange.failure())
+        m_failure = std::make_exception_ptr(PlatformError(*exchange.failure()));
+    if (!m_failure && isSuccess(exchange.status()))
+        takeArrived(file);
     m_exchange = nullptr;
     if (!m_failure) {
         file.descriptor().close();
@@ -88,11 +92,6 @@ std::exception_ptr DownloadSession::transfer()
 
 void DownloadSession::takeArrived(TemporaryFile& file)
 {
-    // The body of a refusal is of no use, and it may be endless.
-    if (!isSuccess(m_exchange->status())) {
-        m_exchange->abort(urlError(UrlError::badServerResponse));
-        return;
-    }
     try {
         char block[blockSize];
         for (auto count = m_exchange->read(block, blockSize); count > 0;

@@ -28,7 +28,7 @@ public:
     /// The downloader must outlive the session.
     DownloadSession(FileDownloader& downloader, std::filesystem::path destination, QNetworkRequest request);
 
-    /// Waits for the thread, which ends once it has reported the completion.
+    /// Cancels what is still running and waits for the thread, which reports the completion before it ends.
     ~DownloadSession() override;
 
     /// Starts. To be called once.

@@ -48,8 +48,7 @@ void FileDownloader::didFinishDownloading(const std::filesystem::path& temporary
         return;
     }
     try {
-        if (Files::exists(m_destination))
-            Files::remove(m_destination);
+        Files::clear(m_destination);
         Files::move(temporaryFile, m_destination);
         setResult(m_destination);
     } catch (const std::exception&) {

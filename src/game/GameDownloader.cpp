@@ -119,8 +119,7 @@ void install(const std::filesystem::path& file, bool keepOriginal)
 {
     Paths::ensureSupport();
     const auto target = Paths::gameFile();
-    if (Files::exists(target))
-        Files::remove(target);
+    Files::clear(target);
     if (keepOriginal)
         Files::copy(file, target);
     else

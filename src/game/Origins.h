@@ -4,8 +4,8 @@
 #include <QString>
 #include <QUrl>
 
-/// The two web sites that are ever asked, and nothing else is. Which ones is decided by what is linked: the
-/// program links the addresses it was configured with, tests and the demo link their own.
+/// The two web sites that are ever asked, and the one that is only linked to. Which ones is decided by what
+/// is linked: the program links the addresses it was configured with, tests and the demo link their own.
 namespace cartloom::Origins
 {
 
@@ -14,5 +14,8 @@ namespace cartloom::Origins
 
 /// Scheme, host and port of the store that offers the game; no path.
 [[nodiscard]] QUrl store();
+
+/// The domain name of the emulator's web site.
+[[nodiscard]] QString emulatorSite();
 
 } // namespace cartloom::Origins

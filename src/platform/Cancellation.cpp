@@ -26,9 +26,10 @@ public:
         const std::lock_guard guard(m_mutex);
         m_cancelled = true;
         while (!m_callbacks.empty()) {
-            CancellationCallback* const next = m_callbacks.front();
+            // The callback may remove itself.
+            const auto next = std::move(m_callbacks.front()->m_callback);
             m_callbacks.erase(m_callbacks.begin());
-            next->m_callback();
+            next();
         }
     }
 
@@ -71,7 +72,9 @@ CancellationSource::CancellationSource()
 
 void CancellationSource::cancel() const
 {
-    m_state->cancel();
+    // A callback may let go of this source.
+    const auto state = m_state;
+    state->cancel();
 }
 
 CancellationCallback::CancellationCallback(const CancellationToken& token, std::function<void()> callback)

@@ -9,7 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
+// Not every system declares it.
+extern char** environ; // NOLINT(readability-redundant-declaration)
 
 namespace cartloom
 {

@@ -84,6 +84,11 @@ void remove(const fs::path& path)
         throw std::system_error(ENOENT, std::generic_category());
 }
 
+void clear(const fs::path& path)
+{
+    fs::remove_all(path);
+}
+
 void tryRemove(const fs::path& path) noexcept
 {
     std::error_code ignored;

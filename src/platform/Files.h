@@ -34,6 +34,9 @@ void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Removes the file, link or folder with all that is in it. Fails with ENOENT when nothing stands there.
 void remove(const std::filesystem::path& path);
 
+/// As remove, but nothing there is no failure.
+void clear(const std::filesystem::path& path);
+
 /// As remove, every failure ignored.
 void tryRemove(const std::filesystem::path& path) noexcept;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Errors.h"
+#include "platform/NetworkErrors.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -40,8 +41,8 @@ public:
     /// Ends the exchange with this failure, if it has not ended.
     void abort(const PlatformError& failure);
 
-    /// Takes what has arrived of the answer's body, at most limit bytes.
-    [[nodiscard]] qint64 read(char* data, qint64 limit) { return m_reply ? m_reply->read(data, limit) : 0; }
+    /// Takes what has arrived of the answer's body, at most limit bytes; below 1 when there is nothing.
+    [[nodiscard]] qint64 read(char* data, qint64 limit);
 
     /// The answer's HTTP status; none before the answer, and for an address that is not HTTP.
     [[nodiscard]] std::optional<int> status() const;
@@ -60,12 +61,20 @@ Q_SIGNALS:
     void finished();
 
 private:
-    void checkRedirect(const QUrl& target);
+    void ask();
+    [[nodiscard]] std::optional<QUrl> redirectTarget() const;
+    void follow(const QUrl& target);
     void conclude();
+    [[nodiscard]] bool isCutShort() const;
 
+    QNetworkAccessManager& m_manager;
+    QNetworkRequest m_request;
+    std::optional<QByteArray> m_body;
     std::unique_ptr<QNetworkReply, DeleteLater> m_reply;
     std::optional<PlatformError> m_failure;
-    bool m_certificateRefused = false;
+    int m_redirects = 0;
+    qint64 m_read = 0;
+    NetworkErrors::Handshake m_handshake = NetworkErrors::Handshake::Unfinished;
 };
 
 } // namespace cartloom

@@ -16,7 +16,7 @@ bool restatesStatus(QNetworkReply::NetworkError error)
            (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
 }
 
-int codeOf(QNetworkReply::NetworkError error, bool certificateRefused)
+int codeOf(QNetworkReply::NetworkError error, Handshake handshake, bool secure)
 {
     switch (static_cast<int>(error)) {
     case QNetworkReply::OperationCanceledError:
@@ -25,7 +25,8 @@ int codeOf(QNetworkReply::NetworkError error, bool certificateRefused)
     case QNetworkReply::TimeoutError:
         return UrlError::timedOut;
     case QNetworkReply::RemoteHostClosedError:
-        return UrlError::networkConnectionLost;
+        return secure && handshake == Handshake::Unfinished ? UrlError::secureConnectionFailed
+                                                            : UrlError::networkConnectionLost;
     case QNetworkReply::HostNotFoundError:
         return UrlError::cannotFindHost;
     case QNetworkReply::ConnectionRefusedError:
@@ -41,7 +42,8 @@ int codeOf(QNetworkReply::NetworkError error, bool certificateRefused)
     case QNetworkReply::InsecureRedirectError:
         return UrlError::plainHttpRefused;
     case QNetworkReply::SslHandshakeFailedError:
-        return certificateRefused ? UrlError::serverCertificateUntrusted : UrlError::secureConnectionFailed;
+        return handshake == Handshake::CertificateRefused ? UrlError::serverCertificateUntrusted
+                                                          : UrlError::secureConnectionFailed;
     case QNetworkReply::ProxyNotFoundError:
         return UrlError::cannotFindHost;
     case QNetworkReply::ProxyTimeoutError:
@@ -61,12 +63,13 @@ int codeOf(QNetworkReply::NetworkError error, bool certificateRefused)
 
 } // namespace
 
-std::optional<PlatformError> translate(QNetworkReply::NetworkError error, bool hasStatus,
-                                       bool certificateRefused)
+std::optional<PlatformError> translate(const QNetworkReply& reply, Handshake handshake)
 {
+    const auto error = reply.error();
+    const bool hasStatus = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
     if (error == QNetworkReply::NoError || (hasStatus && restatesStatus(error)))
         return std::nullopt;
-    return urlError(codeOf(error, certificateRefused));
+    return urlError(codeOf(error, handshake, reply.url().scheme() == QLatin1String("https")));
 }
 
 } // namespace cartloom::NetworkErrors

@@ -10,9 +10,11 @@
 namespace cartloom::NetworkErrors
 {
 
-/// What a network error means to everything above. None for an error that only restates the status of a whole
-/// answer: then the status is what to judge. Any thread.
-[[nodiscard]] std::optional<PlatformError> translate(QNetworkReply::NetworkError error, bool hasStatus,
-                                                     bool certificateRefused);
+/// How far securing the connection has come.
+enum class Handshake { Unfinished, CertificateRefused, Finished };
+
+/// Why the answer of a reply that has finished did not come whole; none when it did. An error that only
+/// restates the answer's status is none: then the status is what to judge. Of the reply's thread.
+[[nodiscard]] std::optional<PlatformError> translate(const QNetworkReply& reply, Handshake handshake);
 
 } // namespace cartloom::NetworkErrors

@@ -33,5 +33,9 @@ QUrl Origins::store()
 {
     return storeOrigin;
 }
+QString Origins::emulatorSite()
+{
+    return QStringLiteral("emulator.example");
+}
 
 } // namespace cartloom

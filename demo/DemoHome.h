@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <filesystem>
+
+namespace cartloom
+{
+
+/// Lets this process and its children take the folder for the player's home, with storage folder, preferences
+/// and caches in it, so that nothing of the player's own is read or changed. To be called first of all.
+/// Throws std::filesystem::filesystem_error when the folder cannot be made.
+void liveIn(const std::filesystem::path& folder);
+
+} // namespace cartloom

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "DemoOrigins.h"
+
+#include "game/Origins.h"
+
+namespace cartloom
+{
+
+namespace
+{
+
+QUrl standIn;
+
+} // namespace
+
+void DemoOrigins::set(const QUrl& origin)
+{
+    standIn = origin;
+}
+
+QUrl Origins::releaseApi()
+{
+    return standIn;
+}
+QUrl Origins::store()
+{
+    return standIn;
+}
+QString Origins::emulatorSite()
+{
+    return QStringLiteral("ares-emu.net");
+}
+
+} // namespace cartloom

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "core/OpenPanel.h"
+
+#include "platform/Text.h"
+
+#include <utility>
+
+namespace cartloom
+{
+
+void OpenPanel::open(const Request& request, Confirmed confirmed)
+{
+    if (isOpen())
+        return;
+    m_request = request;
+    m_confirmed = std::move(confirmed);
+    Q_EMIT isOpenChanged();
+}
+
+void OpenPanel::confirm(const QUrl& file)
+{
+    const auto confirmed = close();
+    if (confirmed && file.isLocalFile())
+        confirmed(toPath(file.toLocalFile()));
+}
+
+void OpenPanel::dismiss()
+{
+    close();
+}
+
+OpenPanel::Confirmed OpenPanel::close()
+{
+    auto confirmed = std::exchange(m_confirmed, nullptr);
+    if (confirmed)
+        Q_EMIT isOpenChanged();
+    return confirmed;
+}
+
+} // namespace cartloom

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#include "platform/FileBrowser.h"
+
+#include "platform/Text.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace cartloom::FileBrowser
+{
+
+void reveal(const std::filesystem::path& folder)
+{
+    const QUrl url = QUrl::fromLocalFile(toText(folder));
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowFolders"));
+    call.setArguments({QStringList{url.toString(QUrl::FullyEncoded)}, QString()});
+    auto* const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
+    QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, [answer, url] {
+        // Not every desktop has a file manager that answers to this name.
+        if (answer->isError())
+            QDesktopServices::openUrl(url);
+        answer->deleteLater();
+    });
+}
+
+} // namespace cartloom::FileBrowser

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "support/AresBundle.h"
+#include "support/FlowTest.h"
+#include "support/ModelProbe.h"
+
+#include <QtTest>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+using Stage = AppModel::Stage;
+
+namespace
+{
+
+const auto opening = QStringLiteral("Ares stopped right away (exit code %1).");
+const auto hint = QStringLiteral("\n\nIf macOS blocked it, open System Settings, then Privacy and Security, "
+                                 "and click Open Anyway next to ares.");
+const auto putBack = QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.");
+
+} // namespace
+
+/// How a run of the emulator is judged when it has ended.
+class EmulatorExitTest : public FlowTest
+{
+    Q_OBJECT
+
+    void judge(const LaunchResult& result, bool justUpdated = false)
+    {
+        ModelProbe::setStage(*m_model, Stage::playing);
+        m_recorder->clear();
+        m_model->didExit(result, justUpdated);
+        QCOMPARE(m_model->stage(), Stage::idle);
+    }
+
+    /// As after an update: a new copy installed, the old one kept.
+    void update()
+    {
+        installAres("v147");
+        fs::rename(Paths::ares(), Paths::aresOld());
+        installAres("v148");
+        saveGame();
+        restart();
+    }
+
+    static QByteArray installedTag() { return readFile(Paths::ares() / "ares.app/tag"); }
+
+private Q_SLOTS:
+    void threeSecondsWithStatusZeroAreAGoodRun()
+    {
+        judge({0, 3.0, QStringLiteral("some warning\n")});
+        QCOMPARE(m_recorder->changes(), QStringList{QStringLiteral("stage idle")});
+    }
+
+    void aLongRunWithAnotherStatusButNoOutputIsAGoodRun()
+    {
+        judge({1, 3600, QString()});
+        QCOMPARE(m_model->errorMessage(), std::nullopt);
+    }
+
+    void aShorterRunIsReportedEvenWithStatusZeroAndNoOutput()
+    {
+        judge({0, 2.9, QString()});
+        QCOMPARE(m_model->errorMessage(), opening.arg(0) + hint);
+        QCOMPARE(m_model->errorDetails(), QString());
+    }
+
+    void aRunOfAnHourThatEndsBadlyHasTheSameOpening()
+    {
+        judge({1, 3600, QStringLiteral("it went wrong\n")});
+        QCOMPARE(m_model->errorMessage(), opening.arg(1) + QStringLiteral("\n\nit went wrong") + hint);
+        QCOMPARE(m_model->errorDetails(), QStringLiteral("it went wrong\n"));
+    }
+
+    void theStatusIsSigned()
+    {
+        judge({-5, 1, QString()});
+        QCOMPARE(m_model->errorMessage(), opening.arg(-5) + hint);
+    }
+
+    void fiveLinesAreQuotedAndAllAreInTheDetails()
+    {
+        const auto output = QStringLiteral("1\n\n2\n3\n\n\n4\n5\n6\n7\n");
+        judge({2, 0.1, output});
+        QCOMPARE(m_model->errorMessage(), opening.arg(2) + QStringLiteral("\n\n1\n2\n3\n4\n5") + hint);
+        QCOMPARE(m_model->errorDetails(), output);
+    }
+
+    void outputThatLooksLikeAPlaceholderIsQuotedAsItIs()
+    {
+        judge({2, 0.1, QStringLiteral("%1 %2")});
+        QCOMPARE(m_model->errorMessage(), opening.arg(2) + QStringLiteral("\n\n%1 %2") + hint);
+    }
+
+    void outputOfLineFeedsAloneIsNotQuoted()
+    {
+        judge({2, 0.1, QStringLiteral("\n\n\n")});
+        QCOMPARE(m_model->errorMessage(), opening.arg(2) + hint);
+        QCOMPARE(m_model->errorDetails(), QStringLiteral("\n\n\n"));
+    }
+
+    void aGoodRunCommitsTheNewEmulator()
+    {
+        update();
+        judge({0, 3.0, QString()}, true);
+        QVERIFY(!fs::exists(Paths::aresOld()));
+        QCOMPARE(installedTag(), QByteArray("v148"));
+    }
+
+    void aFailedFirstRunPutsThePreviousEmulatorBack()
+    {
+        update();
+        judge({1, 0.5, QStringLiteral("no\n")}, true);
+        QCOMPARE(m_model->errorMessage(), opening.arg(1) + QStringLiteral("\n\nno") + putBack);
+        QCOMPARE(installedTag(), QByteArray("v147"));
+        QVERIFY(!fs::exists(Paths::aresOld()));
+        QVERIFY(m_recorder->changes().contains(QStringLiteral("aresVersion v148")));
+    }
+
+    void withoutAnUpdateNothingIsPutBack()
+    {
+        update();
+        judge({1, 0.5, QString()}, false);
+        QCOMPARE(m_model->errorMessage(), opening.arg(1) + hint);
+        QCOMPARE(installedTag(), QByteArray("v148"));
+        QVERIFY(fs::exists(Paths::aresOld()));
+    }
+
+    void anUpdateThatCannotBePutBackGetsTheHint()
+    {
+        installAres("v148");
+        restart();
+        judge({1, 0.5, QString()}, true);
+        QCOMPARE(m_model->errorMessage(), opening.arg(1) + hint);
+    }
+
+    void whetherItWasUpdatedIsDecidedAtTheStart()
+    {
+        update();
+        scriptChild({QStringLiteral("err crashed"), QStringLiteral("exit 3")});
+        m_model->play();
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->errorMessage(), opening.arg(3) + QStringLiteral("\n\ncrashed") + putBack);
+        QCOMPARE(installedTag(), QByteArray("v147"));
+    }
+};
+
+QTEST_GUILESS_MAIN(EmulatorExitTest)
+#include "tst_EmulatorExit.moc"

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "platform/Text.h"
+#include "support/AresBundle.h"
+#include "support/FlowTest.h"
+#include "support/ModelProbe.h"
+
+#include <QtTest>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+using Stage = AppModel::Stage;
+
+namespace
+{
+
+const QByteArray byteSwapped("\x37\x80\x40\x12");
+
+} // namespace
+
+class GameFileImportTest : public FlowTest
+{
+    Q_OBJECT
+
+    fs::path rom() const { return m_sandbox->scratch() / "my game.z64"; }
+    QString message() const { return m_model->errorMessage().value_or(QStringLiteral("none")); }
+
+    void choose(const fs::path& file)
+    {
+        QVERIFY(m_model->openPanel()->isOpen());
+        m_model->openPanel()->confirm(QUrl::fromLocalFile(toText(file)));
+        QVERIFY(!m_model->openPanel()->isOpen());
+    }
+
+    void drop(const QList<QUrl>& addresses)
+    {
+        m_recorder->clear();
+        m_model->openDropped(addresses);
+    }
+
+private Q_SLOTS:
+    void thePanelForTheGameAsksForAnyFile()
+    {
+        m_model->chooseExistingGameFile();
+        const auto& panel = *m_model->openPanel();
+        QVERIFY(panel.isOpen());
+        QCOMPARE(panel.title(), QStringLiteral("Choose Quillet64.z64"));
+        QCOMPARE(panel.message(), QString());
+        QCOMPARE(panel.extensions(), QStringList());
+    }
+
+    void thePanelForARomAsksForTheThreeExtensions()
+    {
+        m_model->openROM();
+        const auto& panel = *m_model->openPanel();
+        QVERIFY(panel.isOpen());
+        QCOMPARE(panel.title(), QStringLiteral("Choose a Nintendo 64 game"));
+        QCOMPARE(panel.message(), QStringLiteral("Pick a .z64 or .v64 ROM file."));
+        QCOMPARE(panel.extensions(),
+                 (QStringList{QStringLiteral("z64"), QStringLiteral("v64"), QStringLiteral("n64")}));
+    }
+
+    void noPanelIsShownWhileSomethingRuns_data()
+    {
+        QTest::addColumn<Stage>("stage");
+        QTest::newRow("gettingAres") << Stage::gettingAres;
+        QTest::newRow("gettingGame") << Stage::gettingGame;
+        QTest::newRow("starting") << Stage::starting;
+        QTest::newRow("playing") << Stage::playing;
+    }
+
+    void noPanelIsShownWhileSomethingRuns()
+    {
+        QFETCH(const Stage, stage);
+        ModelProbe::setStage(*m_model, stage);
+        m_model->openROM();
+        QVERIFY(!m_model->openPanel()->isOpen());
+        m_model->chooseExistingGameFile();
+        QVERIFY(!m_model->openPanel()->isOpen());
+    }
+
+    void aPanelThatIsClosedOrGivesNoFileChangesNothing()
+    {
+        m_model->openROM();
+        m_model->openPanel()->dismiss();
+        QVERIFY(!m_model->openPanel()->isOpen());
+        m_model->chooseExistingGameFile();
+        m_model->openPanel()->confirm(QUrl(QStringLiteral("https://example.org/game.z64")));
+        QCOMPARE(m_recorder->changes(), QStringList());
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void aGameFileIsCopiedAndLeftWhereItWas()
+    {
+        writeFile(Paths::gameFile(), "an older one");
+        writeSparse(rom(), bigEndianHeader, 10'000'001);
+        m_model->chooseExistingGameFile();
+        choose(rom());
+        QCOMPARE(m_recorder->changes(),
+                 (QStringList{QStringLiteral("errorMessage none"), QStringLiteral("errorDetails"),
+                              QStringLiteral("gameDownloadFailed false"), QStringLiteral("notice none"),
+                              QStringLiteral("setupDone false"), QStringLiteral("usingExternalAres false"),
+                              QStringLiteral("aresVersion none"),
+                              QStringLiteral("notice Game file added. Press the button to play.")}));
+        QVERIFY(fs::exists(rom()));
+        QCOMPARE(fs::file_size(Paths::gameFile()), 10'000'001U);
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Quillet64.z64")});
+    }
+
+    void aByteSwappedGameFileIsRefusedAndTheMessagesOfBeforeStay()
+    {
+        writeSparse(rom(), byteSwapped, 10'000'000);
+        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        ModelProbe::setGameDownloadFailed(*m_model, true);
+        m_model->chooseExistingGameFile();
+        choose(rom());
+        QCOMPARE(message(),
+                 QStringLiteral("The file does not look like a .z64 Nintendo 64 game (wrong header)."));
+        QCOMPARE(m_model->errorDetails(), QString());
+        QCOMPARE(m_model->notice(), QStringLiteral("of before"));
+        QCOMPARE(m_model->gameDownloadFailed(), true);
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void aGameFileThatCannotBeStoredNamesTheStep()
+    {
+        writeFile(Paths::support(), "in the way");
+        writeSparse(rom(), bigEndianHeader, 10'000'000);
+        m_model->chooseExistingGameFile();
+        choose(rom());
+        QVERIFY2(message().startsWith(QStringLiteral("Adding the game file failed: ")),
+                 qPrintable(message()));
+        QCOMPARE(m_model->errorDetails().section(u'\n', 0, 0), QStringLiteral("Adding the game file"));
+    }
+
+    void aByteSwappedRomIsPlayedAndNeverCopied()
+    {
+        installAres();
+        restart();
+        writeSparse(rom(), byteSwapped, 1'000'000);
+        const auto arguments = m_sandbox->scratch() / "arguments";
+        scriptChild({QStringLiteral("args ") + toText(arguments)});
+        m_model->openROM();
+        choose(rom());
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+        QVERIFY(readFile(arguments).endsWith("/my game.z64\n"));
+        QVERIFY(!fs::exists(Paths::gameFile()));
+        QCOMPARE(m_sites->asked(), QStringList());
+    }
+
+    void aRomMayStopAtTheOfferOfAnEmulator()
+    {
+        makeAresApp(m_sandbox->home() / "Applications");
+        writeSparse(rom(), bigEndianHeader, 1'000'000);
+        m_model->openROM();
+        choose(rom());
+        QTRY_VERIFY(m_model->offerExternal().has_value());
+        QCOMPARE(ModelProbe::pendingROM(*m_model), rom());
+    }
+
+    void aFileThatIsNoRomIsRefusedAndTheMessagesOfBeforeGo()
+    {
+        writeSparse(rom(), "text", 1'000'000);
+        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        m_model->openROM();
+        choose(rom());
+        QCOMPARE(message(),
+                 QStringLiteral("That file does not look like a Nintendo 64 ROM (.z64 / .v64 / .n64)."));
+        QCOMPARE(m_model->notice(), std::nullopt);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+    }
+
+    void aRomThatCannotBeReadNamesTheStep()
+    {
+        m_model->openROM();
+        choose(rom());
+        QCOMPARE(message(), QStringLiteral("Checking the ROM failed: No such file or directory"));
+        QCOMPARE(m_model->errorDetails(),
+                 QStringLiteral("Checking the ROM\nNSPOSIXErrorDomain 2\nNo such file or directory"));
+    }
+
+    void aDroppedRomIsPlayed()
+    {
+        installAres();
+        restart();
+        writeSparse(rom(), bigEndianHeader, 1'000'000);
+        drop({QUrl::fromLocalFile(toText(rom()))});
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+    }
+
+    void aDropThatIsNotOneLocalFileIsRefusedWithASentence_data()
+    {
+        QTest::addColumn<QList<QUrl>>("addresses");
+        QTest::addColumn<QString>("sentence");
+        const auto folder = QUrl::fromLocalFile(QStringLiteral("/tmp"));
+        const auto remote = QUrl(QStringLiteral("https://example.org/game.z64"));
+        QTest::newRow("several") << QList{folder, folder} << QStringLiteral("Drop one game file at a time.");
+        QTest::newRow("none") << QList<QUrl>() << QStringLiteral("Drop one game file at a time.");
+        QTest::newRow("folder") << QList{folder}
+                                << QStringLiteral("Drop a game file that is on this computer.");
+        QTest::newRow("not local") << QList{remote}
+                                   << QStringLiteral("Drop a game file that is on this computer.");
+    }
+
+    void aDropThatIsNotOneLocalFileIsRefusedWithASentence()
+    {
+        QFETCH(const QList<QUrl>, addresses);
+        QFETCH(const QString, sentence);
+        drop(addresses);
+        QCOMPARE(message(), sentence);
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+    }
+
+    void aDropWhileSomethingRunsIsIgnored()
+    {
+        ModelProbe::setStage(*m_model, Stage::gettingGame);
+        drop({QUrl::fromLocalFile(QStringLiteral("/tmp"))});
+        QCOMPARE(m_recorder->changes(), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(GameFileImportTest)
+#include "tst_GameFileImport.moc"

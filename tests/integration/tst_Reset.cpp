@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "core/PreferenceKeys.h"
+#include "platform/Preferences.h"
+#include "platform/Text.h"
+#include "support/AresBundle.h"
+#include "support/FlowTest.h"
+#include "support/ModelProbe.h"
+
+#include <QtTest>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+using Stage = AppModel::Stage;
+
+namespace
+{
+
+const auto notice = QStringLiteral("Everything was deleted. The next click downloads it again.");
+
+} // namespace
+
+class ResetTest : public FlowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everythingIsDeletedAndTheNextPressFetchesItAgain()
+    {
+        installAres();
+        saveGame();
+        writeFile(Paths::aresOld() / "ares.app/old", "old");
+        writeFile(Paths::aresNew() / "ares.app/new", "new");
+        restart();
+        QVERIFY(m_model->setupDone());
+        m_model->reset();
+        QCOMPARE(Sandbox::storage(), QStringList());
+        QVERIFY(fs::exists(Paths::support()));
+        QCOMPARE(m_model->notice(), notice);
+        QCOMPARE(m_model->setupDone(), false);
+        QCOMPARE(m_model->aresVersion(), std::nullopt);
+        m_model->play();
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+        QCOMPARE(m_sites->asked().size(), 5);
+    }
+
+    void theChangesComeInOrder()
+    {
+        m_model->reset();
+        QCOMPARE(m_recorder->changes(),
+                 (QStringList{QStringLiteral("errorMessage none"), QStringLiteral("errorDetails"),
+                              QStringLiteral("gameDownloadFailed false"), QStringLiteral("notice none"),
+                              QStringLiteral("setupDone false"), QStringLiteral("usingExternalAres false"),
+                              QStringLiteral("aresVersion none"), QStringLiteral("notice ") + notice}));
+    }
+
+    void aResetWhileSomethingRunsChangesNothing_data()
+    {
+        QTest::addColumn<Stage>("stage");
+        QTest::newRow("gettingAres") << Stage::gettingAres;
+        QTest::newRow("gettingGame") << Stage::gettingGame;
+        QTest::newRow("starting") << Stage::starting;
+        QTest::newRow("playing") << Stage::playing;
+    }
+
+    void aResetWhileSomethingRunsChangesNothing()
+    {
+        QFETCH(const Stage, stage);
+        saveGame();
+        ModelProbe::setStage(*m_model, stage);
+        m_recorder->clear();
+        m_model->reset();
+        QCOMPARE(m_recorder->changes(), QStringList());
+        QVERIFY(fs::exists(Paths::gameFile()));
+    }
+
+    void aResetBetweenAPressAndItsStartChangesNothing()
+    {
+        installAres();
+        saveGame();
+        m_model->play();
+        m_model->reset();
+        QVERIFY(fs::exists(Paths::gameFile()));
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+    }
+
+    void anEmptyStorageFolderIsNoFailure()
+    {
+        fs::create_directories(Paths::support());
+        m_model->reset();
+        QCOMPARE(m_model->notice(), notice);
+    }
+
+    void aMissingStorageFolderIsNoFailure()
+    {
+        m_model->reset();
+        QCOMPARE(m_model->notice(), notice);
+        QVERIFY(!fs::exists(Paths::support()));
+    }
+
+    void theChosenEmulatorIsForgottenAndLeftAlone()
+    {
+        const auto own = makeAresApp(m_sandbox->scratch() / "own");
+        Preferences::setText(PreferenceKeys::externalAres, toText(own));
+        restart();
+        QVERIFY(m_model->usingExternalAres());
+        m_model->reset();
+        QCOMPARE(m_model->usingExternalAres(), false);
+        QCOMPARE(Preferences::text(PreferenceKeys::externalAres), std::nullopt);
+        QVERIFY(fs::exists(own));
+    }
+
+    void whatIsKeptIsKept()
+    {
+        m_model->setFullscreen(true);
+        writeFile(Paths::support() / "download-game-1/part", "part");
+        ModelProbe::setOfferExternal(*m_model, "/opt/ares.app");
+        ModelProbe::setUpdateOffer(*m_model, AresRelease{QStringLiteral("v148"), {}, {}, 0});
+        ModelProbe::setPendingROM(*m_model, "/own.z64");
+        m_model->reset();
+        QCOMPARE(m_model->fullscreen(), true);
+        QCOMPARE(AppModel().fullscreen(), true);
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("download-game-1")});
+        QCOMPARE(m_model->offerExternal(), fs::path("/opt/ares.app"));
+        QVERIFY(m_model->updateOffer().has_value());
+        QCOMPARE(ModelProbe::pendingROM(*m_model), fs::path("/own.z64"));
+    }
+};
+
+QTEST_GUILESS_MAIN(ResetTest)
+#include "tst_Reset.moc"

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "core/PreferenceKeys.h"
+#include "platform/Preferences.h"
+#include "platform/Text.h"
+#include "support/AresBundle.h"
+#include "support/FlowTest.h"
+#include "support/ModelProbe.h"
+
+#include <QtTest>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+using Stage = AppModel::Stage;
+
+class UpdateTest : public FlowTest
+{
+    Q_OBJECT
+
+    static QByteArray installedTag() { return readFile(Paths::ares() / "ares.app/tag"); }
+
+    /// What the service offers now, after the check has ended.
+    AresRelease offer()
+    {
+        m_model->checkForUpdate();
+        if (!QTest::qWaitFor([this] { return m_model->updateOffer().has_value(); }))
+            qFatal("nothing was offered: %s", qPrintable(m_model->errorMessage().value_or(QString())));
+        return *m_model->updateOffer();
+    }
+
+private Q_SLOTS:
+    void theNewestVersionIsANoticeAndNoOffer()
+    {
+        installAres("v147");
+        m_model->checkForUpdate();
+        QTRY_COMPARE(m_model->notice(), QStringLiteral("Ares v147 is the newest version."));
+        QVERIFY(!m_model->updateOffer());
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+    }
+
+    void withoutARecordedVersionAnyReleaseIsOffered()
+    {
+        makeAresApp(Paths::ares());
+        QCOMPARE(offer().tagName, QStringLiteral("v147"));
+        QCOMPARE(m_model->notice(), std::nullopt);
+    }
+
+    void anyDifferenceIsOffered_data()
+    {
+        QTest::addColumn<QByteArray>("recorded");
+        QTest::newRow("older") << QByteArray("v146");
+        QTest::newRow("newer than the server's") << QByteArray("v148");
+        QTest::newRow("other letter case") << QByteArray("V147");
+    }
+
+    void anyDifferenceIsOffered()
+    {
+        QFETCH(const QByteArray, recorded);
+        installAres(recorded);
+        QCOMPARE(offer().tagName, QStringLiteral("v147"));
+    }
+
+    void withAnEmulatorOfTheirOwnNothingIsAskedFor()
+    {
+        Preferences::setText(PreferenceKeys::externalAres, toText(makeAresApp(m_sandbox->scratch() / "own")));
+        restart();
+        ModelProbe::setErrorMessage(*m_model, QStringLiteral("of before"));
+        m_recorder->clear();
+        m_model->checkForUpdate();
+        QCoreApplication::processEvents();
+        QCOMPARE(m_recorder->changes(),
+                 QStringList{
+                     QStringLiteral("notice You are using your own copy of Ares, so update it yourself.")});
+        QCOMPARE(m_sites->asked(), QStringList());
+    }
+
+    void aFailedCheckIsWordedWithItsStep()
+    {
+        m_sites->answers[ScriptedSites::latest] = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nshort";
+        m_model->checkForUpdate();
+        QTRY_VERIFY(m_model->errorMessage().has_value());
+        QCOMPARE(m_model->errorDetails().section(u'\n', 0, 0), QStringLiteral("Checking for a newer Ares"));
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+    }
+
+    void neitherDoesAnythingWhileSomethingRuns_data()
+    {
+        QTest::addColumn<Stage>("stage");
+        QTest::newRow("gettingAres") << Stage::gettingAres;
+        QTest::newRow("gettingGame") << Stage::gettingGame;
+        QTest::newRow("starting") << Stage::starting;
+        QTest::newRow("playing") << Stage::playing;
+    }
+
+    void neitherDoesAnythingWhileSomethingRuns()
+    {
+        QFETCH(const Stage, stage);
+        ModelProbe::setStage(*m_model, stage);
+        m_recorder->clear();
+        m_model->checkForUpdate();
+        m_model->installUpdate(AresRelease{QStringLiteral("v148"), {}, {}, 0});
+        QCoreApplication::processEvents();
+        QCOMPARE(m_recorder->changes(), QStringList());
+        QCOMPARE(m_sites->asked(), QStringList());
+    }
+
+    void anUpdateKeepsTheOldCopyAndSaysSo()
+    {
+        installAres("v146");
+        restart();
+        const auto release = offer();
+        m_recorder->clear();
+        m_model->installUpdate(release);
+        QCOMPARE(m_model->stage(), Stage::idle);
+        QVERIFY(comesTo(Stage::gettingAres));
+        QVERIFY(comesToRest());
+        const auto notice = QStringLiteral(
+            "Ares v147 is installed. The old copy is kept until the new one has started once.");
+        QCOMPARE(
+            m_recorder->changes(),
+            (QStringList{QStringLiteral("errorMessage none"), QStringLiteral("errorDetails"),
+                         QStringLiteral("gameDownloadFailed false"), QStringLiteral("notice none"),
+                         QStringLiteral("stage gettingAres"), QStringLiteral("fraction none"),
+                         QStringLiteral("detailLine"), QStringLiteral("notice ") + notice,
+                         QStringLiteral("stage idle"), QStringLiteral("fraction none"),
+                         QStringLiteral("detailLine"), QStringLiteral("setupDone false"),
+                         QStringLiteral("usingExternalAres false"), QStringLiteral("aresVersion v147")}));
+        QCOMPARE(installedTag(), QByteArray("v147"));
+        QCOMPARE(readFile(Paths::aresOld() / "ares.app/tag"), QByteArray("v146"));
+    }
+
+    void aCancelledUpdateChangesNothing()
+    {
+        installAres("v146");
+        restart();
+        const auto release = offer();
+        m_sites->answers[ScriptedSites::archive].clear();
+        m_model->installUpdate(release);
+        QTRY_COMPARE(m_sites->asked().size(), 2);
+        m_model->cancel();
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->notice(), QStringLiteral("Cancelled. Your current Ares was not changed."));
+        QCOMPARE(m_model->errorMessage(), std::nullopt);
+        QCOMPARE(m_model->fraction(), std::nullopt);
+        QCOMPARE(m_model->detailLine(), QString());
+        QCOMPARE(installedTag(), QByteArray("v146"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void aFailedUpdateIsWordedWithItsStepAndLeavesTheInstalledCopy()
+    {
+        installAres("v146");
+        restart();
+        const auto release = offer();
+        m_sites->answers[ScriptedSites::archive] = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nshort";
+        m_model->installUpdate(release);
+        QTRY_VERIFY(m_model->errorMessage().has_value());
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->errorDetails().section(u'\n', 0, 0), QStringLiteral("Updating Ares"));
+        QCOMPARE(installedTag(), QByteArray("v146"));
+        QCOMPARE(m_model->aresVersion(), QStringLiteral("v146"));
+    }
+
+    void anUpdateThatDoesNotStartIsRolledBack()
+    {
+        installAres("v146");
+        saveGame();
+        restart();
+        m_model->installUpdate(offer());
+        QVERIFY(comesTo(Stage::gettingAres));
+        QVERIFY(comesToRest());
+        scriptChild({QStringLiteral("err broken"), QStringLiteral("exit 1")});
+        m_model->play();
+        QVERIFY(comesTo(Stage::playing));
+        QVERIFY(comesToRest());
+        QVERIFY(m_model->errorMessage()->endsWith(
+            QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.")));
+        QCOMPARE(installedTag(), QByteArray("v146"));
+        QVERIFY(!fs::exists(Paths::aresOld()));
+    }
+
+    void theModelMayGoInTheMiddleOfACheck()
+    {
+        m_sites->answers[ScriptedSites::latest].clear();
+        m_model->checkForUpdate();
+        QTRY_COMPARE(m_sites->asked().size(), 1);
+        m_recorder.reset();
+        m_model.reset();
+        m_sites.reset();
+        QCoreApplication::processEvents();
+    }
+};
+
+QTEST_GUILESS_MAIN(UpdateTest)
+#include "tst_Update.moc"

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "core/AppModel.h"
+#include "support/ModelRecorder.h"
+#include "support/Sandbox.h"
+#include "support/ScriptedSites.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace cartloom
+{
+
+/// A test of whole flows: for each case a home of its own, the two sites, and a model that is watched. The
+/// emulator is the scripted child and ends at once unless the case says otherwise.
+class FlowTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    /// Puts a bundle with the scripted child where the launcher installs it.
+    static void installAres(const QByteArray& tag = "v146");
+    static void saveGame();
+
+    /// Makes a new model, as a restart of the program does.
+    void restart();
+
+    /// Whether the model is at rest again after whatever was started.
+    [[nodiscard]] bool comesToRest();
+    /// Whether the model comes to a stage.
+    [[nodiscard]] bool comesTo(AppModel::Stage stage);
+
+    std::unique_ptr<Sandbox> m_sandbox;
+    std::unique_ptr<ScriptedSites> m_sites;
+    std::unique_ptr<AppModel> m_model;
+    std::unique_ptr<ModelRecorder> m_recorder;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+};
+
+} // namespace cartloom

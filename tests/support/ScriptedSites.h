@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/RawServer.h"
+
+#include <filesystem>
+#include <map>
+
+namespace cartloom
+{
+
+/// The release service and the store on one server, which answer well until a test replaces an answer. Sets
+/// itself as the origin of both. The release is an ares.app with the scripted child. Needs a Sandbox.
+class ScriptedSites
+{
+public:
+    static constexpr auto latest = "/repos/ares-emulator/ares/releases/latest";
+    static constexpr auto archive = "/ares.zip";
+    static constexpr auto page = "/quillet64";
+    static constexpr auto form = "/quillet64/file/42?source=game_download";
+    static constexpr auto game = "/game.z64";
+
+    explicit ScriptedSites(const std::filesystem::path& scratch, const QByteArray& tag = "v147");
+
+    /// Whole answers by path; a path that is not here is not found. An answer that is empty never comes.
+    std::map<QByteArray, QByteArray> answers;
+
+    /// The paths that were asked for, in order.
+    [[nodiscard]] QStringList asked() const;
+
+private:
+    RawServer m_server;
+};
+
+} // namespace cartloom

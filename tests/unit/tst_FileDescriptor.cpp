@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "platform/FileDescriptor.h"
+#include "support/Failures.h"
+#include "support/Sandbox.h"
+
+#include <QtTest>
+
+#include <system_error>
+
+#include <fcntl.h>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+
+namespace
+{
+
+/// The errno with which the operation fails; 0 when it does not.
+template <typename Operation>
+int errnoOf(Operation&& operation)
+{
+    const auto error = failureOf<std::system_error>([&] {
+        operation();
+        return 0;
+    });
+    return error ? error->code().value() : 0;
+}
+
+std::ptrdiff_t entriesOf(const fs::path& folder)
+{
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+}
+
+} // namespace
+
+class FileDescriptorTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aTemporaryFileStaysOnlyWhenReleased()
+    {
+        const Sandbox sandbox;
+        fs::path kept;
+        {
+            const TemporaryFile dropped(sandbox.scratch() / "target");
+            TemporaryFile released(sandbox.scratch() / "target");
+            QVERIFY(dropped.path() != released.path());
+            QCOMPARE(released.path().parent_path(), sandbox.scratch());
+            QCOMPARE(entriesOf(sandbox.scratch()), 2);
+            kept = released.path();
+            released.release();
+        }
+        QCOMPARE(entriesOf(sandbox.scratch()), 1);
+        QVERIFY(fs::exists(kept));
+        QCOMPARE(errnoOf([&] { const TemporaryFile none(sandbox.scratch() / "no/target"); }), ENOENT);
+    }
+
+    void aDescriptorMovesAndClosesOnce()
+    {
+        int number = -1;
+        {
+            FileDescriptor first(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+            number = first.get();
+            FileDescriptor second(std::move(first));
+            QVERIFY(!first.isOpen());
+            FileDescriptor third;
+            third = std::move(second);
+            QCOMPARE(third.get(), number);
+            QVERIFY(::fcntl(number, F_GETFD) >= 0);
+        }
+        QCOMPARE(::fcntl(number, F_GETFD), -1);
+    }
+};
+
+QTEST_GUILESS_MAIN(FileDescriptorTest)
+#include "tst_FileDescriptor.moc"

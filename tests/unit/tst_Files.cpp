@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+#include "game/FriendlyError.h"
+#include "platform/FileDescriptor.h"
+#include "platform/Files.h"
+#include "platform/WorkFolder.h"
+#include "support/Failures.h"
+#include "support/Sandbox.h"
+#include "support/Unprivileged.h"
+
+#include <QtTest>
+
+#include <system_error>
+
+#include <fcntl.h>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+
+namespace
+{
+
+/// The errno with which the operation fails; 0 when it does not.
+template <typename Operation>
+int errnoOf(Operation&& operation)
+{
+    const auto error = failureOf<std::system_error>([&] {
+        operation();
+        return 0;
+    });
+    return error ? error->code().value() : 0;
+}
+
+/// A folder that this user may look into but not write to, with one file in it.
+fs::path lockedFolder(const Sandbox& sandbox)
+{
+    const auto folder = sandbox.scratch() / "locked";
+    writeFile(folder / "file", "contents");
+    for (const auto& parent : {sandbox.root(), sandbox.scratch(), folder})
+        fs::permissions(parent, fs::perms::owner_all | fs::perms::group_exec | fs::perms::group_read |
+                                    fs::perms::others_exec | fs::perms::others_read);
+    fs::permissions(folder, fs::perms::owner_write, fs::perm_options::remove);
+    return folder;
+}
+
+std::ptrdiff_t entriesOf(const fs::path& folder)
+{
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+}
+
+} // namespace
+
+class FilesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void existenceFollowsLinksAndNeverFails()
+    {
+        const Sandbox sandbox;
+        const auto file = sandbox.scratch() / "file";
+        writeFile(file, "x");
+        fs::create_symlink("file", sandbox.scratch() / "link");
+        fs::create_symlink("nowhere", sandbox.scratch() / "dangling");
+        QVERIFY(Files::exists(file));
+        QVERIFY(Files::exists(sandbox.scratch()));
+        QVERIFY(Files::exists(sandbox.scratch() / "link"));
+        QVERIFY(!Files::exists(sandbox.scratch() / "dangling"));
+        QVERIFY(!Files::exists(file / "below a file"));
+        QVERIFY(!Files::exists(std::string(10'000, 'x')));
+        QVERIFY(!Files::exists({}));
+    }
+
+    void onlyARegularFileThatMayBeExecutedIsExecutable()
+    {
+        const Sandbox sandbox;
+        const auto file = sandbox.scratch() / "file";
+        writeFile(file, "x");
+        QVERIFY(!Files::isExecutable(file));
+        fs::permissions(file, fs::perms::owner_all);
+        QVERIFY(Files::isExecutable(file));
+        QVERIFY(!Files::isExecutable(sandbox.scratch()));
+        QVERIFY(!Files::isExecutable(sandbox.scratch() / "nothing"));
+    }
+
+    void aMoveReplacesNothing_data()
+    {
+        QTest::addColumn<QString>("what");
+        for (const auto& what :
+             {QStringLiteral("file"), QStringLiteral("empty folder"), QStringLiteral("dangling link")})
+            QTest::newRow(qPrintable(what)) << what;
+    }
+
+    void aMoveReplacesNothing()
+    {
+        QFETCH(QString, what);
+        const Sandbox sandbox;
+        const auto from = sandbox.scratch() / "from";
+        const auto to = sandbox.scratch() / "to";
+        writeFile(from, "new");
+        if (what == QStringLiteral("file"))
+            writeFile(to, "old");
+        else if (what == QStringLiteral("empty folder"))
+            fs::create_directory(to);
+        else
+            fs::create_symlink("nowhere", to);
+        QCOMPARE(errnoOf([&] { Files::move(from, to); }), EEXIST);
+        QCOMPARE(errnoOf([&] { Files::copy(from, to); }), EEXIST);
+        QCOMPARE(readFile(from), QByteArray("new"));
+        QCOMPARE(entriesOf(sandbox.scratch()), 2);
+    }
+
+    void aMoveTakesFilesAndFolders()
+    {
+        const Sandbox sandbox;
+        writeFile(sandbox.scratch() / "folder/file", "x");
+        Files::move(sandbox.scratch() / "folder", sandbox.scratch() / "moved");
+        QCOMPARE(readFile(sandbox.scratch() / "moved/file"), QByteArray("x"));
+        QVERIFY(!fs::exists(sandbox.scratch() / "folder"));
+        QCOMPARE(errnoOf([&] { Files::move(sandbox.scratch() / "nothing", sandbox.scratch() / "to"); }),
+                 ENOENT);
+    }
+
+    void aCopyHasTheSameBytes()
+    {
+        const Sandbox sandbox;
+        QByteArray bytes(1'000'003, Qt::Uninitialized);
+        for (qsizetype i = 0; i < bytes.size(); ++i)
+            bytes[i] = static_cast<char>(i * 31 % 251);
+        writeFile(sandbox.scratch() / "from", bytes);
+        Files::copy(sandbox.scratch() / "from", sandbox.scratch() / "to");
+        QCOMPARE(readFile(sandbox.scratch() / "to"), bytes);
+        QCOMPARE(readFile(sandbox.scratch() / "from"), bytes);
+        QCOMPARE(entriesOf(sandbox.scratch()), 2);
+    }
+
+    void aCopyThatFailsLeavesNothing()
+    {
+        const Sandbox sandbox;
+        fs::create_directory(sandbox.scratch() / "folder");
+        QCOMPARE(errnoOf([&] { Files::copy(sandbox.scratch() / "folder", sandbox.scratch() / "to"); }),
+                 EISDIR);
+        QCOMPARE(errnoOf([&] { Files::copy(sandbox.scratch() / "nothing", sandbox.scratch() / "to"); }),
+                 ENOENT);
+        QCOMPARE(entriesOf(sandbox.scratch()), 1);
+    }
+
+    void removingTakesFoldersWholeAndLinksAlone()
+    {
+        const Sandbox sandbox;
+        writeFile(sandbox.scratch() / "kept/file", "x");
+        writeFile(sandbox.scratch() / "folder/a/b/file", "x");
+        fs::create_directory_symlink(sandbox.scratch() / "kept", sandbox.scratch() / "folder/link");
+        fs::create_directory_symlink(sandbox.scratch() / "kept", sandbox.scratch() / "link");
+        Files::remove(sandbox.scratch() / "folder");
+        Files::remove(sandbox.scratch() / "link");
+        QCOMPARE(readFile(sandbox.scratch() / "kept/file"), QByteArray("x"));
+        QCOMPARE(entriesOf(sandbox.scratch()), 1);
+    }
+
+    void removingNothingFailsWhereClearingDoesNot()
+    {
+        const Sandbox sandbox;
+        const auto nothing = sandbox.scratch() / "nothing";
+        QCOMPARE(errnoOf([&] { Files::remove(nothing); }), ENOENT);
+        QCOMPARE(errnoOf([&] { Files::clear(nothing); }), 0);
+        Files::tryRemove(nothing);
+        fs::create_symlink("nowhere", nothing);
+        Files::clear(nothing);
+        QCOMPARE(entriesOf(sandbox.scratch()), 0);
+    }
+
+    void aWorkFolderGoesWithItsScope()
+    {
+        const Sandbox sandbox;
+        const auto path = sandbox.scratch() / "work";
+        {
+            const WorkFolder work(path);
+            writeFile(work.path() / "a/file", "x");
+        }
+        QVERIFY(!fs::exists(path));
+    }
+
+    void foldersAreMadeWithTheirParents()
+    {
+        const Sandbox sandbox;
+        Files::createFolders(sandbox.scratch() / "a/b/c");
+        Files::createFolders(sandbox.scratch() / "a/b/c");
+        QVERIFY(fs::is_directory(sandbox.scratch() / "a/b/c"));
+        writeFile(sandbox.scratch() / "file", "x");
+        QVERIFY(errnoOf([&] { Files::createFolders(sandbox.scratch() / "file"); }) != 0);
+        QCOMPARE(errnoOf([&] { Files::createFolders(sandbox.scratch() / "file/a"); }), ENOTDIR);
+    }
+
+    void readingStopsAtTheLimitOrTheEnd()
+    {
+        const Sandbox sandbox;
+        const auto file = sandbox.scratch() / "file";
+        writeFile(file, "contents");
+        QCOMPARE(Files::read(file, 4), QByteArray("cont"));
+        QCOMPARE(Files::read(file, 8), QByteArray("contents"));
+        QCOMPARE(Files::read(file, 100), QByteArray("contents"));
+        QCOMPARE(Files::read(file, 0), QByteArray());
+        QCOMPARE(Files::read("/dev/zero", 3), QByteArray(3, '\0'));
+        QCOMPARE(errnoOf([&] { static_cast<void>(Files::read(sandbox.scratch() / "nothing", 4)); }), ENOENT);
+        QCOMPARE(errnoOf([&] { static_cast<void>(Files::read(sandbox.scratch(), 4)); }), EISDIR);
+    }
+
+    void writingAtomicallyReplaces()
+    {
+        const Sandbox sandbox;
+        const auto file = sandbox.scratch() / "file";
+        Files::writeAtomically(file, "old and long");
+        Files::writeAtomically(file, "new");
+        QCOMPARE(readFile(file), QByteArray("new"));
+        QCOMPARE(entriesOf(sandbox.scratch()), 1);
+        fs::create_directory(sandbox.scratch() / "folder");
+        QCOMPARE(errnoOf([&] { Files::writeAtomically(sandbox.scratch() / "folder", "x"); }), EISDIR);
+        QCOMPARE(entriesOf(sandbox.scratch()), 2);
+    }
+
+    void permissionsHold()
+    {
+        const Sandbox sandbox;
+        const auto folder = lockedFolder(sandbox);
+        const Unprivileged unprivileged;
+        QCOMPARE(errnoOf([&] { Files::copy(folder / "file", folder / "copy"); }), EACCES);
+        QCOMPARE(errnoOf([&] { Files::move(folder / "file", folder / "moved"); }), EACCES);
+        QCOMPARE(errnoOf([&] { Files::remove(folder / "file"); }), EACCES);
+        QCOMPARE(errnoOf([&] { Files::clear(folder); }), EACCES);
+        QCOMPARE(errnoOf([&] { Files::createFolders(folder / "new"); }), EACCES);
+        QCOMPARE(errnoOf([&] { Files::writeAtomically(folder / "file", "x"); }), EACCES);
+        Files::tryRemove(folder);
+        QCOMPARE(readFile(folder / "file"), QByteArray("contents"));
+        QCOMPARE(entriesOf(folder), 1);
+    }
+
+    void failuresCarryTheSystemsNumberAndSentence_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("sentence");
+        QTest::newRow("nothing there") << ENOENT << QStringLiteral("No such file or directory");
+        QTest::newRow("not allowed") << EACCES << QStringLiteral("Permission denied");
+        QTest::newRow("disk full") << ENOSPC << QStringLiteral("No space left on device");
+    }
+
+    void failuresCarryTheSystemsNumberAndSentence()
+    {
+        QFETCH(int, number);
+        QFETCH(QString, sentence);
+        const Sandbox sandbox;
+        const auto folder = lockedFolder(sandbox);
+        const Unprivileged unprivileged;
+        const auto error = failureOf<std::system_error>([&] {
+            if (number == ENOENT)
+                Files::remove(folder / "nothing");
+            else if (number == EACCES)
+                Files::remove(folder / "file");
+            else
+                FileDescriptor(::open("/dev/full", O_WRONLY | O_CLOEXEC)).writeAll("x", 1);
+            return 0;
+        });
+        QVERIFY(error);
+        QCOMPARE(FriendlyError::make(*error, QStringLiteral("Step")).details,
+                 QStringLiteral("Step\nNSPOSIXErrorDomain %1\n%2").arg(number).arg(sentence));
+    }
+};
+
+QTEST_GUILESS_MAIN(FilesTest)
+#include "tst_Files.moc"

@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "emulator/AresInstaller.h"
+#include "game/AppError.h"
+#include "platform/Errors.h"
+#include "platform/Text.h"
+#include "support/AresBundle.h"
+#include "support/Failures.h"
+#include "support/ResultOf.h"
+#include "support/Sandbox.h"
+
+#include <QtTest>
+
+#include <system_error>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+
+class InstallationTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<Sandbox> m_sandbox;
+
+    fs::path archive() const { return m_sandbox->scratch() / "release.zip"; }
+
+    /// A release whose archive holds an ares.app at a place, marked with its tag.
+    AresRelease makeRelease(const QString& tag, const fs::path& place = {}) const
+    {
+        const auto tree = m_sandbox->scratch() / ("tree-" + tag.toStdString());
+        fs::create_directories(tree / place);
+        writeFile(makeAresApp(tree / place) / "tag", tag.toUtf8());
+        return packRelease(tag, tree);
+    }
+
+    AresRelease packRelease(const QString& tag, const fs::path& tree) const
+    {
+        zipFolder(tree, archive());
+        return {tag, QStringLiteral("ares-macos-universal.zip"), QUrl::fromLocalFile(toText(archive())),
+                static_cast<qint64>(fs::file_size(archive()))};
+    }
+
+    static fs::path install(const AresRelease& release, CancellationToken token = {})
+    {
+        return resultOf(AresInstaller::install(
+            release, [](qint64, qint64) {}, std::move(token)));
+    }
+
+    template <typename Error>
+    static std::optional<Error> installFailure(const AresRelease& release,
+                                               const CancellationToken& token = {})
+    {
+        return failureOf<Error>([&] { return install(release, token); });
+    }
+
+    static QByteArray tagOf(const fs::path& folder) { return readFile(folder / "ares.app/tag"); }
+
+private Q_SLOTS:
+    void init() { m_sandbox = std::make_unique<Sandbox>(); }
+
+    void cleanup()
+    {
+        if (fs::exists(Paths::support()))
+            fs::permissions(Paths::support(), fs::perms::owner_all);
+        m_sandbox.reset();
+    }
+
+    void aFirstInstallationLeavesTheEmulatorAndItsTagAndNothingElse()
+    {
+        QCOMPARE(install(makeRelease(QStringLiteral("v147"))), Paths::ares() / "ares.app");
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+        QCOMPARE(readFile(Paths::aresVersion()), QByteArray("v147"));
+        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
+    }
+
+    void progressIsReportedAsTheDownloaderReportsIt()
+    {
+        const auto release = makeRelease(QStringLiteral("v147"));
+        std::mutex mutex;
+        qint64 last = 0;
+        resultOf(AresInstaller::install(release,
+                                        [&](qint64 received, qint64) {
+                                            const std::lock_guard guard(mutex);
+                                            last = received;
+                                        },
+                                        {}));
+        QCOMPARE(last, release.size);
+    }
+
+    void aReleaseOfUnknownSizeIsInstalledWhateverItsSize_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::newRow("zero") << qint64(0);
+        QTest::newRow("negative") << qint64(-5);
+    }
+
+    void aReleaseOfUnknownSizeIsInstalledWhateverItsSize()
+    {
+        QFETCH(const qint64, size);
+        auto release = makeRelease(QStringLiteral("v147"));
+        release.size = size;
+        QCOMPARE(install(release), Paths::ares() / "ares.app");
+    }
+
+    void aDownloadOfAnotherSizeIsDamaged()
+    {
+        writeSparse(archive(), {}, 1233);
+        const AresRelease release{QStringLiteral("v147"), QStringLiteral("ares-macos.zip"),
+                                  QUrl::fromLocalFile(toText(archive())), 1234};
+        const auto failure = installFailure<AppError>(release).value();
+        QCOMPARE(failure.message,
+                 QStringLiteral(
+                     "The Ares download is damaged (got 1233 bytes, expected 1234). Please try again."));
+        QCOMPARE(failure.details, QString());
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void anEmulatorOneFolderDownInTheArchiveIsFound()
+    {
+        QCOMPARE(install(makeRelease(QStringLiteral("v147"), "ares-v147")),
+                 Paths::ares() / "ares-v147/ares.app");
+    }
+
+    void anArchiveWithoutTheEmulatorIsRefused_data()
+    {
+        QTest::addColumn<QString>("place");
+        QTest::newRow("nested more than five levels") << QStringLiteral("1/2/3/4/5");
+        QTest::newRow("hidden") << QStringLiteral(".hidden");
+    }
+
+    void anArchiveWithoutTheEmulatorIsRefused()
+    {
+        QFETCH(const QString, place);
+        const auto failure =
+            installFailure<AppError>(makeRelease(QStringLiteral("v147"), toPath(place))).value();
+        QCOMPARE(failure.message,
+                 QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+        QCOMPARE(failure.details, QString());
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void anArchiveThatCannotBeUnpackedLeavesTheInstalledCopyAlone()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        writeFile(archive(), "not a zip archive");
+        const AresRelease broken{QStringLiteral("v148"), QStringLiteral("ares-macos.zip"),
+                                 QUrl::fromLocalFile(toText(archive())), 0};
+        QCOMPARE(installFailure<AppError>(broken).value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
+        QVERIFY(!fs::exists(Paths::aresOld()));
+    }
+
+    void anUpdateKeepsTheCopyBeforeIt()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        install(makeRelease(QStringLiteral("v148")));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v147"));
+        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v148"));
+    }
+
+    void onlyOneCopyIsEverKept()
+    {
+        for (const auto& tag : {QStringLiteral("v146"), QStringLiteral("v147"), QStringLiteral("v148")})
+            install(makeRelease(tag));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v147"));
+        QCOMPARE(Sandbox::storage(), (QStringList{QStringLiteral("Ares"), QStringLiteral("Ares-old"),
+                                                  QStringLiteral("ares-version.txt")}));
+    }
+
+    void whatAnEarlierInstallationLeftUnfinishedIsReplaced()
+    {
+        writeFile(Paths::aresNew() / "ares.app/half", "of an earlier one");
+        install(makeRelease(QStringLiteral("v147")));
+        QVERIFY(!fs::exists(Paths::ares() / "ares.app/half"));
+        QVERIFY(!fs::exists(Paths::aresNew()));
+    }
+
+    void aTagThatCannotBeRecordedIsNoFailure()
+    {
+        fs::create_directories(Paths::aresVersion() / "in the way");
+        QCOMPARE(install(makeRelease(QStringLiteral("v147"))), Paths::ares() / "ares.app");
+        QCOMPARE(AresInstaller::installedVersion(), std::nullopt);
+    }
+
+    void aStorageFolderThatCannotBeMadeIsTheSystemsOwnError()
+    {
+        writeFile(Paths::support(), "in the way");
+        QVERIFY(installFailure<std::system_error>(makeRelease(QStringLiteral("v147"))).has_value());
+        QCOMPARE(readFile(Paths::support()), QByteArray("in the way"));
+    }
+
+    void aDownloadThatFailsLeavesNoWorkFolder()
+    {
+        const AresRelease release{QStringLiteral("v147"), QStringLiteral("ares-macos.zip"),
+                                  QUrl(QStringLiteral("http://127.0.0.1:1/ares.zip")), 0};
+        QCOMPARE(installFailure<PlatformError>(release).value().code, UrlError::cannotConnectToHost);
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void aCancelledDownloadLeavesTheInstalledCopyAlone()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        const CancellationSource source;
+        source.cancel();
+        QCOMPARE(
+            installFailure<PlatformError>(makeRelease(QStringLiteral("v148")), source.token()).value().code,
+            UrlError::cancelled);
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void discardingLeavesTheInstalledCopyOnly()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        install(makeRelease(QStringLiteral("v148")));
+        AresInstaller::discardOldCopy();
+        QVERIFY(!fs::exists(Paths::aresOld()));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+        AresInstaller::discardOldCopy();
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+    }
+
+    void rollingBackPutsTheKeptCopyBackAndLeavesTheRecordedTag()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        install(makeRelease(QStringLiteral("v148")));
+        QVERIFY(AresInstaller::rollback());
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v148"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void rollingBackWithoutAKeptCopyChangesNothing()
+    {
+        install(makeRelease(QStringLiteral("v147")));
+        QVERIFY(!AresInstaller::rollback());
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void rollingBackWithoutAnInstalledCopyChangesNothing()
+    {
+        writeFile(Paths::aresOld() / "ares.app/tag", "v147");
+        QVERIFY(!AresInstaller::rollback());
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares-old")});
+    }
+
+    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<std::optional<QString>>("version");
+        const std::optional<QString> none;
+        QTest::newRow("line end") << QByteArray("v147\n") << std::optional(QStringLiteral("v147"));
+        QTest::newRow("blanks") << QByteArray(" \tv147\r\n ") << std::optional(QStringLiteral("v147"));
+        QTest::newRow("empty") << QByteArray() << none;
+        QTest::newRow("all blank") << QByteArray(" \n\t ") << none;
+    }
+
+    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt()
+    {
+        QFETCH(const QByteArray, file);
+        QFETCH(const std::optional<QString>, version);
+        writeFile(Paths::aresVersion(), file);
+        QCOMPARE(AresInstaller::installedVersion(), version);
+    }
+
+    void withoutARecordThereIsNoVersion() { QCOMPARE(AresInstaller::installedVersion(), std::nullopt); }
+};
+
+QTEST_GUILESS_MAIN(InstallationTest)
+#include "tst_Installation.moc"
