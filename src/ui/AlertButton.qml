@@ -2,7 +2,7 @@
 import QtQuick
 import Cartloom
 
-/// A button of an alert, drawn by its role; the default one has the keyboard when the alert appears.
+/// A button of an alert, drawn by its role.
 PlainButton {
     id: control
 
@@ -12,8 +12,7 @@ PlainButton {
 
     topPadding: 6
     bottomPadding: 6
-    focus: isDefault
-    fillColor: isDefault ? (down ? Qt.darker(Theme.accent, 1.3) : Theme.accent)
+    fillColor: isDefault ? (down ? Theme.accentPressed : Theme.accent)
                          : (down ? Theme.controlPressed : Theme.control)
     titleColor: role === AlertAction.Destructive ? Theme.red : Theme.text
 

@@ -18,7 +18,31 @@ Rectangle {
     readonly property string restTitle: model.setupDone ? "Play" : "Set up and Play"
     readonly property string buttonTitle: model.stage === "idle" ? restTitle : stageTitle
 
+    /// Whether the page waits for an answer to something that lies over it.
+    readonly property bool asking: model.offerExternal !== undefined || model.updateOffer !== undefined
+                                   || model.confirmReset || showAbout || model.openPanel.isOpen
+    property bool showAbout: false
+    readonly property alias robot: robotIcon
+
     color: Theme.background
+
+    Shortcut {
+        sequence: "Ctrl+O"
+        enabled: !page.asking
+        onActivated: page.model.openROM()
+    }
+
+    Shortcut {
+        sequence: "Escape"
+        enabled: page.model.canCancel && !page.asking
+        onActivated: page.model.cancel()
+    }
+
+    Announcer {
+        objectName: "announcer"
+        model: page.model
+        stageTitle: page.stageTitle
+    }
 
     PageScroll {
         objectName: "pageScroll"
@@ -36,6 +60,7 @@ Rectangle {
             spacing: 14
 
             RobotIcon {
+                id: robotIcon
                 objectName: "robotIcon"
                 anchors.horizontalCenter: parent.horizontalCenter
             }
@@ -78,11 +103,79 @@ Rectangle {
                 width: column.lineWidth
                 model: page.model
             }
+
+            PlainButton {
+                objectName: "openROM"
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: "Open a ROM file (.z64 / .v64)..."
+                enabled: page.model.stage === "idle"
+                onClicked: page.model.openROM()
+            }
+
+            ControlsCard {
+                objectName: "controlsCard"
+                width: column.lineWidth
+            }
+
+            Footer {
+                objectName: "footer"
+                width: column.lineWidth
+                model: page.model
+                onAboutRequested: page.showAbout = true
+            }
         }
     }
 
-    ExternalOfferAlert {
-        objectName: "externalOfferAlert"
+    FileDrop {
+        objectName: "fileDrop"
+        anchors.fill: parent
+        enabled: page.model.stage === "idle" && !page.asking
         model: page.model
+    }
+
+    LazyLoader {
+        objectName: "externalOfferAlert"
+        wanted: page.model.offerExternal !== undefined
+
+        sourceComponent: ExternalOfferAlert {
+            model: page.model
+        }
+    }
+
+    LazyLoader {
+        objectName: "updateAlert"
+        wanted: page.model.updateOffer !== undefined
+
+        sourceComponent: UpdateAlert {
+            model: page.model
+        }
+    }
+
+    LazyLoader {
+        objectName: "resetAlert"
+        wanted: page.model.confirmReset
+
+        sourceComponent: ResetAlert {
+            model: page.model
+        }
+    }
+
+    LazyLoader {
+        objectName: "aboutView"
+        wanted: page.showAbout
+
+        sourceComponent: AboutView {
+            storePage: page.model.storePage
+            emulatorSite: page.model.emulatorSite
+            visible: page.showAbout
+            onClosed: page.showAbout = false
+        }
+    }
+
+    // By address, so that the toolkit's dialogs are loaded only with the first panel.
+    Loader {
+        objectName: "filePanel"
+        active: page.model.openPanel.isOpen
+        Component.onCompleted: setSource("FilePanel.qml", { panel: page.model.openPanel })
     }
 }

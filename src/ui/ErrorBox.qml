@@ -42,10 +42,12 @@ Item {
             visible: box.model.errorDetails !== ""
             label: "Show Details"
 
-            DetailsPane {
+            TextPane {
                 objectName: "detailsPane"
                 width: parent.width
+                height: Math.min(100, implicitHeight)
                 text: box.model.errorDetails
+                textName: "detailsText"
             }
         }
 
@@ -59,6 +61,11 @@ Item {
                 objectName: "openDownloadPage"
                 text: "Open the download page"
                 onClicked: Qt.openUrlExternally(box.model.storePage)
+            }
+            PlainButton {
+                objectName: "alreadyHaveTheFile"
+                text: "I already have the file"
+                onClicked: box.model.chooseExistingGameFile()
             }
         }
     }

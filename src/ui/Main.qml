@@ -16,8 +16,17 @@ Window {
     minimumHeight: 600
     visible: true
     color: Theme.background
+    // Only what is visible can be drawn.
+    Component.onCompleted: Qt.callLater(() => WindowIcon.drawFrom(view.robot))
+
+    Shortcut {
+        sequences: ["Ctrl+W", "Ctrl+Q"]
+        context: Qt.ApplicationShortcut
+        onActivated: window.close()
+    }
 
     ContentView {
+        id: view
         anchors.fill: parent
         model: window.model
     }

@@ -4,14 +4,21 @@ import QtQuick
 
 /// The text styles and the colours of the window, by role. It is dark whatever the system's setting is.
 QtObject {
-    readonly property font gameTitle: Qt.font({ pixelSize: 30, weight: Font.ExtraBold })
-    readonly property font bigButton: Qt.font({ pixelSize: 22, weight: Font.Bold })
-    readonly property font body: Qt.font({ pixelSize: 13 })
-    readonly property font headline: Qt.font({ pixelSize: 13, weight: Font.Bold })
-    readonly property font callout: Qt.font({ pixelSize: 12 })
-    readonly property font caption: Qt.font({ pixelSize: 10 })
-    readonly property font captionBold: Qt.font({ pixelSize: 10, weight: Font.Bold })
-    readonly property font monospaced: Qt.font({ pixelSize: 11, family: monospacedFamily })
+    /// The largest size, in points, that a system has for its texts before the user asks for larger ones.
+    readonly property real usualPoints: 13
+    /// How much larger than usual the user wants all texts.
+    property real textScale: Math.max(1, Qt.application.font.pointSize / usualPoints)
+
+    readonly property font gameTitle: Qt.font({ pixelSize: scaled(30), weight: Font.ExtraBold })
+    readonly property font bigButton: Qt.font({ pixelSize: scaled(22), weight: Font.Bold })
+    readonly property font body: Qt.font({ pixelSize: scaled(13) })
+    readonly property font headline: Qt.font({ pixelSize: scaled(13), weight: Font.Bold })
+    readonly property font title2Bold: Qt.font({ pixelSize: scaled(17), weight: Font.Bold })
+    readonly property font callout: Qt.font({ pixelSize: scaled(12) })
+    readonly property font caption: Qt.font({ pixelSize: scaled(10) })
+    readonly property font captionBold: Qt.font({ pixelSize: scaled(10), weight: Font.Bold })
+    readonly property font caption2: Qt.font({ pixelSize: scaled(10) })
+    readonly property font monospaced: Qt.font({ pixelSize: scaled(11), family: monospacedFamily })
     readonly property string monospacedFamily: Qt.platform.os === "osx" ? "Menlo" : "monospace"
 
     readonly property color background: Qt.rgba(0.09, 0.1, 0.12, 1)
@@ -24,6 +31,10 @@ QtObject {
 
     /// What is filled with the accent: the default button of an alert, a progress bar.
     readonly property color accent: "#0a6cff"
+    readonly property color accentPressed: Qt.darker(accent, 1.3)
+    readonly property color link: "#4da3ff"
+    readonly property color linkPressed: Qt.darker(link, 1.4)
+    readonly property color divider: faded(0.15)
     readonly property color focusRing: "#4da3ff"
     /// What floats over the page.
     readonly property color raised: "#2b2d31"
@@ -33,6 +44,11 @@ QtObject {
     readonly property color controlPressed: faded(0.28)
     readonly property color track: faded(0.16)
     readonly property color scrollHandle: faded(0.4)
+
+    /// A size of text in pixels, as large as the user wants it.
+    function scaled(size: real): int {
+        return Math.round(size * textScale);
+    }
 
     /// White at an opacity.
     function faded(opacity: real): color {

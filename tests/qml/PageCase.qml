@@ -24,11 +24,27 @@ TestCase {
         return found;
     }
 
-    /// An element of the alert.
-    function alertItem(name) {
-        const found = findChild(item("externalOfferAlert").contentItem, name);
+    /// An alert or the sheet, by name, if it was ever asked for.
+    function popup(name) {
+        return item(name).item;
+    }
+
+    /// An element of an alert.
+    function alertItem(name, alert = "externalOfferAlert") {
+        const found = findChild(popup(alert).contentItem, name);
         verify(found, name);
         return found;
+    }
+
+    /// The buttons of an alert, from top to bottom.
+    function alertButtons(alert = "externalOfferAlert") {
+        waitForRendering(page);
+        return Array.from(alertItem("alertButtons", alert).children)
+            .filter(child => child.text !== undefined).sort((a, b) => a.y - b.y);
+    }
+
+    function alertButton(text, alert = "externalOfferAlert") {
+        return alertButtons(alert).find(candidate => candidate.text === text);
     }
 
     /// Where an element lies on the page.

@@ -10,7 +10,9 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMetaEnum>
 #include <QQmlApplicationEngine>
 
@@ -33,6 +35,14 @@ std::optional<T> optionalOf(const QVariant& value)
 std::optional<std::filesystem::path> pathOf(const QVariant& value)
 {
     return value.isValid() ? std::optional(toPath(value.toString())) : std::nullopt;
+}
+
+/// A release by its tag, which nobody can download.
+std::optional<AresRelease> releaseOf(const QVariant& tag)
+{
+    if (!tag.isValid())
+        return std::nullopt;
+    return AresRelease{tag.toString(), QStringLiteral("ares-macos-universal.zip"), nowhere, 80'000'000};
 }
 
 AppModel::Stage stageOf(const QVariant& value)
@@ -67,6 +77,12 @@ const QHash<QString, Setter>& setters()
         {QStringLiteral("offerExternal"),
          [](auto& model, const auto& v) { P::setOfferExternal(model, pathOf(v)); }},
         {QStringLiteral("setupDone"), [](auto& model, const auto& v) { P::setSetupDone(model, v.toBool()); }},
+        {QStringLiteral("updateOffer"),
+         [](auto& model, const auto& v) { P::setUpdateOffer(model, releaseOf(v)); }},
+        {QStringLiteral("aresVersion"),
+         [](auto& model, const auto& v) { P::setAresVersion(model, optionalOf<QString>(v)); }},
+        {QStringLiteral("usingExternalAres"),
+         [](auto& model, const auto& v) { P::setUsingExternalAres(model, v.toBool()); }},
         {QStringLiteral("pendingROM"),
          [](auto& model, const auto& v) { P::setPendingROM(model, pathOf(v)); }},
     };
@@ -79,12 +95,14 @@ PageProbe::PageProbe()
 {
     QAccessible::setActive(true);
     QDesktopServices::setUrlHandler(nowhere.scheme(), this, "open");
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
     renew();
 }
 
 PageProbe::~PageProbe()
 {
     QDesktopServices::unsetUrlHandler(nowhere.scheme());
+    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
 }
 
 void PageProbe::renew()
@@ -175,6 +193,53 @@ QVariantMap PageProbe::accessible(QQuickItem* item) const
 QString PageProbe::clipboardText() const
 {
     return QGuiApplication::clipboard()->text();
+}
+
+bool PageProbe::act(QQuickItem* item, const QString& action) const
+{
+    auto* const interface = QAccessible::queryAccessibleInterface(item);
+    auto* const actions = interface ? interface->actionInterface() : nullptr;
+    if (!actions || !actions->actionNames().contains(action))
+        return false;
+    actions->doAction(action);
+    return true;
+}
+
+bool PageProbe::drag(QQuickWindow* window, const QPointF& point, const QList<QUrl>& addresses)
+{
+    m_dragged.setUrls(addresses);
+    QDragEnterEvent enter(point.toPoint(), Qt::CopyAction, &m_dragged, Qt::LeftButton, Qt::NoModifier);
+    QGuiApplication::sendEvent(window, &enter);
+    return enter.isAccepted();
+}
+
+void PageProbe::drop(QQuickWindow* window, const QPointF& point)
+{
+    QDropEvent dropped(point, Qt::CopyAction, &m_dragged, Qt::LeftButton, Qt::NoModifier);
+    QGuiApplication::sendEvent(window, &dropped);
+}
+
+void PageProbe::leave(QQuickWindow* window)
+{
+    QDragLeaveEvent gone;
+    QGuiApplication::sendEvent(window, &gone);
+}
+
+QUrl PageProbe::placeRom(const QString& name, qint64 size)
+{
+    const auto file = m_sandbox->scratch() / toPath(name);
+    writeSparse(file, bigEndianHeader, size);
+    return QUrl::fromLocalFile(toText(file));
+}
+
+bool PageProbe::prefersFullscreen() const
+{
+    return Preferences::boolean(PreferenceKeys::fullscreen);
+}
+
+bool PageProbe::hasIcon(QQuickWindow* window) const
+{
+    return !window->icon().isNull();
 }
 
 void PageProbe::open(const QUrl& address)

@@ -4,7 +4,9 @@
 #include "core/AppModel.h"
 #include "support/Sandbox.h"
 
+#include <QMimeData>
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <QTcpServer>
 #include <QVariantMap>
 
@@ -49,6 +51,19 @@ public:
     /// What assistive technology is told of an item: name, role, value and states.
     Q_INVOKABLE QVariantMap accessible(QQuickItem* item) const;
     Q_INVOKABLE QString clipboardText() const;
+    /// Does what assistive technology does to press or toggle an item.
+    Q_INVOKABLE bool act(QQuickItem* item, const QString& action) const;
+    /// Drags addresses over a window, at a point; returns whether they would be taken.
+    Q_INVOKABLE bool drag(QQuickWindow* window, const QPointF& point, const QList<QUrl>& addresses);
+    /// Lets go of what is dragged.
+    Q_INVOKABLE void drop(QQuickWindow* window, const QPointF& point);
+    /// Takes what is dragged out of the window.
+    Q_INVOKABLE void leave(QQuickWindow* window);
+    /// A file of that size in a folder of its own; its first bytes are those of a game.
+    Q_INVOKABLE QUrl placeRom(const QString& name, qint64 size);
+    /// What the preferences say about full-screen mode.
+    Q_INVOKABLE bool prefersFullscreen() const;
+    Q_INVOKABLE bool hasIcon(QQuickWindow* window) const;
 
 Q_SIGNALS:
     void modelChanged();
@@ -62,6 +77,7 @@ private:
     std::optional<AppModel> m_model;
     QTcpServer m_silence;
     QList<QUrl> m_opened;
+    QMimeData m_dragged;
 };
 
 } // namespace cartloom

@@ -20,8 +20,10 @@ PageCase {
         waitForRendering(page);
         compare(tab(), "mainButton");
         compare(tab(), "disclosureButton");
-        compare(tab(), "openDownloadPage");
-        compare(tab(), "mainButton");
+        for (const name of ["openDownloadPage", "alreadyHaveTheFile", "openROM", "fullscreenToggle",
+                            "showInFinder", "checkForUpdate", "reset", "about", "mainButton"])
+            compare(tab(), name);
+        item("alreadyHaveTheFile").forceActiveFocus(Qt.TabFocusReason);
         compare(tab(Qt.ShiftModifier), "openDownloadPage");
         compare(tab(Qt.ShiftModifier), "disclosureButton");
         keyClick(Qt.Key_Space);
@@ -32,8 +34,8 @@ PageCase {
 
     function test_whileWorkRunsTabLeadsToCancel() {
         probe.put({ stage: "gettingGame" });
-        compare(tab(), "cancelButton");
-        compare(tab(), "cancelButton");
+        for (const name of ["cancelButton", "fullscreenToggle", "showInFinder", "about", "cancelButton"])
+            compare(tab(), name);
     }
 
     function test_whatHasTheKeyboardShowsARing() {
@@ -41,7 +43,8 @@ PageCase {
         waitForRendering(page);
         const rings = () => itemsBelow(page, child => child.objectName === "focusRing" && child.visible);
         compare(rings().length, 0);
-        for (const name of ["mainButton", "disclosureButton", "openDownloadPage"]) {
+        for (const name of ["mainButton", "disclosureButton", "openDownloadPage", "alreadyHaveTheFile", "openROM",
+                            "fullscreenToggle", "showInFinder", "checkForUpdate", "reset", "about"]) {
             compare(tab(), name);
             compare(rings().map(ring => ring.parent), [item(name)]);
         }
@@ -76,7 +79,7 @@ PageCase {
         compare(tab(), "openDownloadPage");
         let button = place("openDownloadPage");
         verify(button.y > 0 && button.y + button.height <= 640, button);
-        compare(tab(), "mainButton");
+        compare(tab(Qt.ShiftModifier), "mainButton");
         button = place("mainButton");
         verify(button.y >= 24 && button.y + button.height <= 640, button);
     }
@@ -86,11 +89,15 @@ PageCase {
         const texts = itemsBelow(page, child => child instanceof Text && child.visible && child.text !== "");
         compare(texts.map(text => text.text), ["Quillet!64", item("blurb").text, "Getting Ares",
                 "Getting Ares",
-                "1 MB", "Cancel", "An error.", "Show Details", "Open the download page"]);
+                "1 MB", "Cancel", "An error.", "Show Details", "Open the download page", "I already have the file",
+                "Open a ROM file (.z64 / .v64)...", "Controls", ...item("controlsCard").lines,
+                item("keyboardNote").text, "Fullscreen", "Show in Finder", "Check for a newer Ares", "Reset",
+                "About"]);
         for (const text of texts) {
             const owner = text.Accessible.ignored ? buttonOf(text) : text;
             compare(probe.accessible(owner).name, text.text);
-            compare(probe.accessible(owner).role, owner === text ? "StaticText" : "Button");
+            compare(probe.accessible(owner).role, owner === text ? "StaticText"
+                    : owner === item("fullscreenToggle") ? "CheckBox" : "Button");
             compare(text.textFormat, Text.PlainText, text.text);
             verify(!text.truncated, text.text);
         }
@@ -100,7 +107,7 @@ PageCase {
 
     function buttonOf(text) {
         let owner = text.parent;
-        while (!(owner instanceof ButtonBase))
+        while (!(owner instanceof ButtonBase || owner instanceof CheckControl))
             owner = owner.parent;
         return owner;
     }

@@ -67,8 +67,8 @@ PageCase {
     function test_aCopyInTheApplicationsIsOfferedAndTheGameIsFetchedWithIt() {
         const app = probe.placeExternalAres();
         mouseClick(item("mainButton"));
-        const alert = item("externalOfferAlert");
-        tryVerify(() => alert.opened);
+        tryVerify(() => popup("externalOfferAlert")?.opened);
+        const alert = popup("externalOfferAlert");
         compare(model.stage, "idle");
         compare(alert.message, "Found " + app + ". Use it instead of downloading about 80 MB?");
         keyClick(Qt.Key_Return);

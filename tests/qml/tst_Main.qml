@@ -23,6 +23,25 @@ TestCase {
         tryVerify(() => window.visible);
     }
 
+    function test_theIconIsTheRobot() {
+        probe.renew();
+        const window = createTemporaryObject(mainComponent, testCase, { model: probe.model });
+        tryVerify(() => probe.hasIcon(window));
+    }
+
+    function test_keysThatClose_data() {
+        return [{ tag: "W", key: Qt.Key_W }, { tag: "Q", key: Qt.Key_Q }];
+    }
+
+    function test_keysThatClose(row) {
+        probe.renew();
+        const window = createTemporaryObject(mainComponent, testCase, { model: probe.model });
+        window.requestActivate();
+        tryVerify(() => window.active);
+        keyClick(row.key, Qt.ControlModifier);
+        tryVerify(() => !window.visible);
+    }
+
     function test_withoutAModelThereIsNoWindow() {
         ignoreWarning(/failed to create component/);
         verify(!probe.opensWithoutModel());

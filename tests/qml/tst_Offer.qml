@@ -11,8 +11,8 @@ PageCase {
 
     function offer(path = app) {
         probe.put({ offerExternal: path });
-        tryVerify(() => item("externalOfferAlert").opened);
-        return item("externalOfferAlert");
+        tryVerify(() => popup("externalOfferAlert")?.opened);
+        return popup("externalOfferAlert");
     }
 
     function buttons() {
@@ -30,7 +30,7 @@ PageCase {
     }
 
     function test_noOfferNoAlert() {
-        verify(!item("externalOfferAlert").visible);
+        compare(popup("externalOfferAlert"), null);
         compare(model.offerExternal, undefined);
     }
 
@@ -54,12 +54,12 @@ PageCase {
         verify(message.text.includes("/<b>x</b>/"));
         verify(message.contentWidth <= message.width);
         verify(!message.truncated);
-        verify(item("externalOfferAlert").height <= page.height);
+        verify(popup("externalOfferAlert").height <= page.height);
     }
 
     function test_aPathTooLongForTheWindowScrollsWithTheKeyboard() {
         offer("/folder".repeat(400) + "/ares.app");
-        const alert = item("externalOfferAlert");
+        const alert = popup("externalOfferAlert");
         verify(alert.height <= page.height - 40);
         const area = alertItem("alertMessageArea");
         verify(area.view.contentHeight > area.height);
@@ -76,7 +76,7 @@ PageCase {
         offer();
         mouseClick(page, 240, 20);
         mouseClick(item("mainButton"), 5, 5);
-        verify(item("externalOfferAlert").opened);
+        verify(popup("externalOfferAlert")?.opened);
         verify(!probe.hasTask());
     }
 
@@ -99,7 +99,7 @@ PageCase {
         mouseClick(button("Use that one"));
         compare(probe.preferredAres(), app);
         compare(model.offerExternal, undefined);
-        tryVerify(() => !item("externalOfferAlert").visible);
+        tryVerify(() => !popup("externalOfferAlert").visible);
         waitForTheFlowToFail();
     }
 
@@ -132,7 +132,7 @@ PageCase {
         compare(model.notice, "A notice.");
         compare(model.stage, "idle");
         verify(!probe.hasTask());
-        tryVerify(() => !item("externalOfferAlert").visible);
+        tryVerify(() => !popup("externalOfferAlert").visible);
     }
 
     function test_escapeCancels() {
@@ -142,7 +142,7 @@ PageCase {
         compare(model.offerExternal, undefined);
         compare(probe.pendingROM(), undefined);
         verify(!probe.hasTask());
-        tryVerify(() => !item("externalOfferAlert").visible);
+        tryVerify(() => !popup("externalOfferAlert").visible);
     }
 
     function test_returnPressesTheDefaultButton_data() {
@@ -194,7 +194,7 @@ PageCase {
     function test_afterTheAlertThePageHasTheKeyboardAgain() {
         offer();
         keyClick(Qt.Key_Escape);
-        tryVerify(() => !item("externalOfferAlert").visible);
+        tryVerify(() => !popup("externalOfferAlert").visible);
         compare(tab(), "mainButton");
     }
 

@@ -3,18 +3,20 @@ import QtQuick
 import QtQuick.Templates as T
 import Cartloom
 
-/// Technical text that can be selected and copied; it scrolls when it needs more room than there is.
+/// Monospaced text that can be selected and copied; it scrolls when it needs more room than there is.
 ScrollPane {
     id: pane
 
     required property string text
+    /// What the text element is called.
+    required property string textName
 
-    implicitHeight: Math.min(100, textArea.implicitHeight)
+    implicitHeight: textArea.implicitHeight
     contentHeight: textArea.implicitHeight
 
     T.TextArea {
         id: textArea
-        objectName: "detailsText"
+        objectName: pane.textName
         rightPadding: 12
         implicitHeight: contentHeight
         text: pane.text

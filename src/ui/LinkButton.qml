@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Cartloom
+
+/// A button that is drawn as a link.
+ButtonBase {
+    id: control
+
+    topPadding: 2
+    bottomPadding: 2
+    font: Theme.caption
+    opacity: enabled ? 1 : 0.4
+
+    contentItem: Label {
+        text: control.text
+        font: control.font
+        color: control.down ? Theme.linkPressed : Theme.link
+        Accessible.ignored: true
+    }
+
+    HoverHandler {
+        cursorShape: Qt.PointingHandCursor
+    }
+
+    FocusRing {
+        visible: control.visualFocus
+        innerRadius: 2
+    }
+}

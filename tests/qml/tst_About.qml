@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Cartloom
+
+/// The About sheet.
+PageCase {
+    name: "About"
+
+    function about(name) {
+        const found = findChild(popup("aboutView").contentItem, name);
+        verify(found, name);
+        return found;
+    }
+
+    function openSheet() {
+        mouseClick(item("about"));
+        tryVerify(() => popup("aboutView")?.opened);
+        waitForRendering(page);
+    }
+
+    function test_itIsMadeOnlyWhenAskedFor() {
+        compare(popup("aboutView"), null);
+        openSheet();
+        verify(page.showAbout);
+    }
+
+    function test_words() {
+        openSheet();
+        compare(about("aboutTitle").text, "About Cartloom");
+        compare(about("gameCredit").text,
+                "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). This app "
+                + "does not contain the game. It only downloads it from their official page, and you can get it "
+                + "there yourself:");
+        compare(about("emulatorNote").text,
+                "Ares is an open source emulator (ISC license) from " + model.emulatorSite
+                + ". It is downloaded from its official GitHub releases page.");
+        compare(about("storeLink").text, "127.0.0.1:1/quillet64");
+        compare(about("emulatorLink").text, model.emulatorSite);
+        compare(about("licenceHeading").text, "Ares license");
+        compare(about("closeAbout").text, "Close");
+        const licence = about("licenceText").text.split("\n\n");
+        compare(licence.length, 3);
+        compare(licence[0], "Copyright (c) 2004-2025 ares team, Near et al");
+        verify(licence[1].startsWith("Permission to use, copy, modify, and/or distribute"));
+        verify(licence[2].startsWith("THE SOFTWARE IS PROVIDED \"AS IS\""));
+    }
+
+    function test_sizes() {
+        openSheet();
+        compare(popup("aboutView").width, 460);
+        compare(popup("aboutView").padding, 20);
+        compare(about("licencePane").height, 170);
+        verify(about("licencePane").view.contentHeight > 170);
+        verify(findChild(about("licencePane"), "scrollBar").visible);
+        compare(about("aboutTitle").font.pixelSize, 17);
+        compare(about("licenceText").font.pixelSize, 11);
+        const parts = Array.from(about("aboutColumn").children).filter(child => child.visible)
+            .sort((a, b) => a.y - b.y);
+        compare(parts.map(part => part.objectName), ["aboutTitle", "gameCredit", "storeLink", "emulatorNote",
+                "emulatorLink", "licenceHeading", "licencePane", "closeAbout"]);
+        parts.slice(1).forEach((part, i) => compare(part.y - parts[i].y - parts[i].height, 10));
+        const close = about("closeAbout");
+        compare(close.x + close.width, 420);
+    }
+
+    function test_links() {
+        openSheet();
+        mouseClick(about("storeLink"));
+        mouseClick(about("emulatorLink"));
+        compare(probe.opened.map(String), [String(model.storePage), "https://" + model.emulatorSite + "/"]);
+        for (const name of ["storeLink", "emulatorLink"]) {
+            compare(probe.accessible(about(name)).name, about(name).text);
+        }
+    }
+
+    function test_aLinkWithoutAnAddressIsLeftOut() {
+        openSheet();
+        popup("aboutView").emulatorSite = "";
+        popup("aboutView").storePage = "";
+        verify(!about("emulatorLink").visible);
+        verify(!about("storeLink").visible);
+    }
+
+    function test_itCloses_data() {
+        return [{ tag: "Return", key: Qt.Key_Return }, { tag: "Enter", key: Qt.Key_Enter },
+                { tag: "Escape", key: Qt.Key_Escape }, { tag: "Close" }];
+    }
+
+    function test_itCloses(row) {
+        for (let time = 0; time < 2; ++time) {
+            openSheet();
+            if (row.key)
+                keyClick(row.key);
+            else
+                mouseClick(about("closeAbout"));
+            tryVerify(() => !popup("aboutView").visible);
+            verify(!page.showAbout);
+        }
+    }
+
+    function test_returnClosesItFromTheLicence() {
+        openSheet();
+        mouseClick(about("licenceText"), 10, 10);
+        verify(about("licenceText").activeFocus);
+        keyClick(Qt.Key_Return);
+        tryVerify(() => !popup("aboutView").visible);
+    }
+
+    function test_theLicenceCanBeSelectedAndCopied() {
+        openSheet();
+        mouseClick(about("licenceText"), 10, 10);
+        keySequence(StandardKey.SelectAll);
+        keySequence(StandardKey.Copy);
+        compare(probe.clipboardText(), AresLicence.text);
+    }
+
+    function test_largeTextScrollsInALowWindow() {
+        Theme.textScale = 1.5;
+        openSheet();
+        compare(popup("aboutView").width, 460);
+        compare(about("licencePane").height, 170);
+        verify(popup("aboutView").height <= page.Window.window.height);
+        Theme.textScale = 1;
+    }
+}

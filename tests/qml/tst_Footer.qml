@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Cartloom
+
+/// The controls below the card.
+PageCase {
+    name: "Footer"
+
+    function stages() {
+        return ["idle", "gettingAres", "gettingGame", "starting", "playing"];
+    }
+
+    function test_columnSpacing8RowSpacing14() {
+        probe.put({ aresVersion: "v141" });
+        waitForRendering(page);
+        const parts = ["fullscreenToggle", "footerLinks", "statusLine"].map(name => place(name));
+        compare(parts[1].y - parts[0].y - parts[0].height, 8);
+        compare(parts[2].y - parts[1].y - parts[1].height, 8);
+        const links = ["showInFinder", "checkForUpdate", "reset", "about"];
+        compare(links.map(name => item(name).text),
+                ["Show in Finder", "Check for a newer Ares", "Reset", "About"]);
+        links.slice(1).forEach((name, i) => {
+            compare(place(name).x - place(links[i]).x - place(links[i]).width, 14);
+            compare(place(name).y, place(links[i]).y);
+            compare(item(name).font.pixelSize, 10);
+        });
+        fuzzyCompare(parts[1].x + parts[1].width / 2, 240, 0.5);
+    }
+
+    function test_whatIsDisabledInWhichStage_data() {
+        return stages().map(stage => ({ tag: stage }));
+    }
+
+    function test_whatIsDisabledInWhichStage(row) {
+        probe.put({ stage: row.tag });
+        for (const name of ["openROM", "checkForUpdate", "reset"])
+            compare(item(name).enabled, row.tag === "idle", name);
+        for (const name of ["showInFinder", "about", "fullscreenToggle"])
+            verify(item(name).enabled, name);
+        compare(item("openROM").text, "Open a ROM file (.z64 / .v64)...");
+    }
+
+    function test_statusLine_data() {
+        return [
+            { tag: "neither", version: undefined, external: false, text: "" },
+            { tag: "installed", version: "v141", external: false, text: "Ares v141" },
+            { tag: "external", version: undefined, external: true,
+              text: "Using the Ares already on this Mac" },
+            { tag: "the version wins", version: "v141", external: true, text: "Ares v141" }
+        ];
+    }
+
+    function test_statusLine(row) {
+        probe.put({ aresVersion: row.version, usingExternalAres: row.external });
+        compare(item("statusLine").text, row.text);
+        compare(item("statusLine").visible, row.text !== "");
+        compare(item("statusLine").font.pixelSize, 10);
+        compareColor(item("statusLine").color, "#ffffff", 0.4);
+    }
+
+    function test_fullscreenIsTheModels_data() {
+        return [{ tag: "mouse" }, { tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return },
+                { tag: "assistive technology", action: "Toggle" }];
+    }
+
+    function test_fullscreenIsTheModels(row) {
+        const toggle = item("fullscreenToggle");
+        compare(toggle.text, "Fullscreen");
+        for (const expected of [true, false]) {
+            if (row.action) {
+                verify(probe.act(toggle, row.action));
+            } else if (row.key) {
+                toggle.forceActiveFocus(Qt.TabFocusReason);
+                keyClick(row.key);
+            } else {
+                mouseClick(toggle);
+            }
+            compare(model.fullscreen, expected);
+            compare(probe.prefersFullscreen(), expected);
+            compare(toggle.checked, expected);
+            compare(probe.accessible(toggle).checked, expected);
+            compare(item("checkMark").visible, expected);
+        }
+        model.fullscreen = true;
+        verify(toggle.checked);
+    }
+
+    function test_resetAsksFirst() {
+        mouseClick(item("reset"));
+        verify(model.confirmReset);
+    }
+
+    function test_checkForUpdateAsksTheModel() {
+        probe.put({ usingExternalAres: true });
+        mouseClick(item("checkForUpdate"));
+        compare(model.notice, "You are using your own copy of Ares, so update it yourself.");
+    }
+
+    function test_largeTextIsNotCutOff() {
+        Theme.textScale = 1.5;
+        waitForRendering(page);
+        compare(item("blurb").font.pixelSize, 18);
+        for (const text of itemsBelow(page, child => child instanceof Text && child.visible)) {
+            verify(!text.truncated, text.text);
+            verify(text.contentWidth <= text.width + 0.5, text.text);
+            const left = text.mapToItem(page, 0, 0).x;
+            verify(left >= 0 && left + text.width <= 480, text.text);
+        }
+        Theme.textScale = 1;
+    }
+}
