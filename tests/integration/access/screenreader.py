@@ -70,7 +70,8 @@ class Program:
             raise AssertionError(f"the program ended with status {self.process.returncode}")
         desktop = pyatspi.Registry.getDesktop(0)
         applications = (desktop.getChildAtIndex(i) for i in range(desktop.childCount))
-        return next((each for each in applications if each and each.get_process_id() == self.process.pid), None)
+        return next((each for each in applications
+                     if each and each.get_process_id() == self.process.pid), None)
 
     def end(self):
         if self.process.poll() is None:

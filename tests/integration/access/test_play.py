@@ -64,7 +64,8 @@ class Play(LauncherTest):
 
     def test_a_second_start_brings_the_window_to_the_front_and_ends(self):
         def active():
-            answer = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=False)
+            answer = subprocess.run(["xdotool", "getactivewindow"],
+                                    capture_output=True, text=True, check=False)
             return answer.stdout.strip()
 
         launcher = self.launch()
