@@ -66,6 +66,8 @@ int run(int argc, char* argv[])
     cartloom::CartloomApp cartloom;
     if (!options.pictures)
         return cartloom.run();
+    if (!cartloom.isFirst())
+        throw std::runtime_error("it runs already, in " + options.home.string());
 
     cartloom::UnattendedRun unattended(cartloom, *options.pictures);
     QTimer::singleShot(0, &application, [&] {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/CartloomApp.h"
 
+#include "core/Paths.h"
+
 #include <QGuiApplication>
 #include <QNetworkProxyFactory>
 #include <QQuickWindow>
@@ -33,14 +35,31 @@ void CartloomApp::prepare()
 }
 
 CartloomApp::CartloomApp()
+    : m_instance(Paths::support())
 {
+    if (!isFirst())
+        return;
+    QObject::connect(&m_instance, &SingleInstance::startedAgain, &m_engine, [this] { showWindow(); });
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
     m_engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml")));
 }
 
+void CartloomApp::showWindow() const
+{
+    const auto roots = m_engine.rootObjects();
+    auto* const window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.first());
+    if (!window)
+        return;
+    window->setWindowStates(window->windowStates() & ~Qt::WindowMinimized);
+    window->raise();
+    window->requestActivate();
+}
+
 int CartloomApp::run()
 {
+    if (!isFirst())
+        return EXIT_SUCCESS;
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
     // A download that is under way has a thread of its own that nobody waits for any more.
     if (m_model.canCancel())
