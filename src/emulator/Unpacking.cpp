@@ -4,10 +4,10 @@
 #include "game/AppError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
+#include "platform/MainThreadPromise.h"
 
 #include <QByteArray>
 #include <QCoroFuture>
-#include <QPromise>
 #include <QStringDecoder>
 
 #include <thread>
@@ -54,18 +54,16 @@ void runTool(const ArchiveTool& tool)
 
 QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder)
 {
-    QPromise<void> end;
-    end.start();
-    auto future = end.future();
-    std::thread([end = std::move(end), tool = ArchiveTool::unpackZip(archive, folder)]() mutable {
+    const MainThreadPromise<void> end;
+    std::thread([end, tool = ArchiveTool::unpackZip(archive, folder)] {
         try {
             runTool(tool);
+            end.resolve();
         } catch (const std::exception&) {
-            end.setException(std::current_exception());
+            end.reject(std::current_exception());
         }
-        end.finish();
     }).detach();
-    co_await future;
+    co_await end.future();
 }
 
 } // namespace cartloom

@@ -3,10 +3,10 @@
 
 #include "game/ProgressCallback.h"
 #include "platform/Cancellation.h"
+#include "platform/MainThreadPromise.h"
 
 #include <QCoroTask>
 #include <QNetworkRequest>
-#include <QPromise>
 
 #include <exception>
 #include <filesystem>
@@ -63,7 +63,7 @@ private:
     const ProgressCallback m_onProgress;
     /// Guards the continuation and the result.
     std::mutex m_lock;
-    std::optional<QPromise<std::filesystem::path>> m_continuation;
+    std::optional<MainThreadPromise<std::filesystem::path>> m_continuation;
     std::optional<Outcome> m_result;
     std::unique_ptr<DownloadSession> m_session;
 };
