@@ -30,6 +30,8 @@ void CartloomApp::prepare()
 #endif
     // The emulator inherits this, and so may write errors after this program has gone.
     std::signal(SIGPIPE, SIG_IGN);
+    // Whoever started this program may have ignored its children; we want to know how ours end.
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 CartloomApp::CartloomApp()
@@ -42,8 +44,8 @@ CartloomApp::CartloomApp()
 int CartloomApp::run()
 {
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
-    // A download that is under way has a thread of its own that nobody waits for any more.
-    if (m_model.canCancel())
+    // What is under way has threads that nobody waits for any more.
+    if (m_model.hasWorkUnderWay())
         std::_Exit(status);
     return status;
 }
