@@ -8,6 +8,7 @@
 #include "game/Origins.h"
 #include "platform/FileBrowser.h"
 #include "platform/Files.h"
+#include "platform/MainThread.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
 
@@ -35,7 +36,13 @@ AppModel::AppModel(Clock clock)
     , m_fullscreen(this, &AppModel::fullscreenChanged, Preferences::boolean(PreferenceKeys::fullscreen))
     , m_lastTick(m_clock())
 {
+    MainThread::adopt();
     refreshState();
+}
+
+bool AppModel::hasWorkUnderWay() const
+{
+    return canCancel() || m_checksForUpdate > 0;
 }
 
 QUrl AppModel::storePage()

@@ -23,8 +23,7 @@ namespace cartloom
 {
 
 /// Everything that the window shows, and everything that the player can do. The application makes the one
-/// instance and owns it. Main thread only; no operation blocks it for long, and none throws: failures end in
-/// the message fields.
+/// instance and owns it. Main thread only. No operation throws: failures end in the message fields.
 class AppModel : public QObject
 {
     Q_OBJECT
@@ -109,6 +108,9 @@ public:
     [[nodiscard]] OpenPanel* openPanel() { return &m_openPanel; }
     /// The domain name of the emulator's web site.
     [[nodiscard]] static QString emulatorSite();
+
+    /// Whether something is being fetched or installed, shown or not.
+    [[nodiscard]] bool hasWorkUnderWay() const;
 
     // What the window sets.
 
@@ -242,6 +244,7 @@ private:
     OpenPanel m_openPanel;
     /// The running operation, or the last one.
     std::optional<TaskHandle> m_task;
+    int m_checksForUpdate = 0;
     /// What the player asked to play when the flow stopped to offer a copy of the emulator.
     std::optional<std::filesystem::path> m_pendingROM;
 

@@ -32,6 +32,8 @@ void CartloomApp::prepare()
 #endif
     // The emulator inherits this, and so may write errors after this program has gone.
     std::signal(SIGPIPE, SIG_IGN);
+    // Whoever started this program may have ignored its children; we want to know how ours end.
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 CartloomApp::CartloomApp()
@@ -61,8 +63,8 @@ int CartloomApp::run()
     if (!isFirst())
         return EXIT_SUCCESS;
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
-    // A download that is under way has a thread of its own that nobody waits for any more.
-    if (m_model.canCancel())
+    // What is under way has threads that nobody waits for any more.
+    if (m_model.hasWorkUnderWay())
         std::_Exit(status);
     return status;
 }

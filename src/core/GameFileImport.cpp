@@ -4,6 +4,7 @@
 #include "game/FriendlyError.h"
 #include "game/GameDownloader.h"
 #include "game/RomCheck.h"
+#include "platform/Files.h"
 #include "platform/Text.h"
 
 namespace cartloom
@@ -37,7 +38,7 @@ void AppModel::openDropped(const QList<QUrl>& addresses)
         return;
     }
     const auto file = toPath(addresses.first().toLocalFile());
-    if (!addresses.first().isLocalFile() || std::filesystem::is_directory(file)) {
+    if (!addresses.first().isLocalFile() || Files::isFolder(file)) {
         clearMessages();
         m_errorMessage = QStringLiteral("Drop a game file that is on this computer.");
         return;
@@ -47,6 +48,9 @@ void AppModel::openDropped(const QList<QUrl>& addresses)
 
 void AppModel::addGameFile(const std::filesystem::path& file)
 {
+    // Something else may have begun while the panel was open.
+    if (!isAtRest())
+        return;
     try {
         RomCheck::validate(file, true);
         GameDownloader::install(file, true);
@@ -60,6 +64,8 @@ void AppModel::addGameFile(const std::filesystem::path& file)
 
 void AppModel::playROM(const std::filesystem::path& rom)
 {
+    if (!isAtRest())
+        return;
     clearMessages();
     try {
         RomCheck::validate(rom, false);

@@ -5,6 +5,7 @@
 #include "game/FriendlyError.h"
 
 #include <QPointer>
+#include <QScopeGuard>
 
 namespace cartloom
 {
@@ -25,6 +26,11 @@ void AppModel::checkForUpdate()
 QCoro::Task<void> AppModel::lookForUpdate()
 {
     const QPointer<AppModel> self(this);
+    ++m_checksForUpdate;
+    const auto over = qScopeGuard([&self] {
+        if (self)
+            --self->m_checksForUpdate;
+    });
     try {
         const AresRelease release = co_await AresInstaller::fetchLatest();
         if (!self)

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 /// Finds, fetches and keeps the emulator. One instance of the program at a time works on the storage folder.
 namespace cartloom::AresInstaller
@@ -40,5 +41,9 @@ bool rollback();
 
 /// A copy of the emulator that the user has installed. Only its existence is tested.
 [[nodiscard]] std::optional<std::filesystem::path> externalApp();
+
+/// The first copy in these folders, in their order.
+[[nodiscard]] std::optional<std::filesystem::path>
+externalAppIn(const std::vector<std::filesystem::path>& folders);
 
 } // namespace cartloom::AresInstaller

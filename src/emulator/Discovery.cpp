@@ -63,7 +63,12 @@ std::optional<fs::path> findApp(const fs::path& folder)
 
 std::optional<fs::path> externalApp()
 {
-    for (const auto& folder : Places::applicationFolders()) {
+    return externalAppIn(Places::applicationFolders());
+}
+
+std::optional<fs::path> externalAppIn(const std::vector<fs::path>& folders)
+{
+    for (const auto& folder : folders) {
         if (Files::exists(folder / bundleName))
             return folder / bundleName;
     }

@@ -22,9 +22,10 @@ ErrorStream::ErrorStream(FileDescriptor stream)
     : m_stream(std::move(stream))
 {
     ::fcntl(m_stream.get(), F_SETFL, O_NONBLOCK);
+    m_reader = std::thread([this] { read(); });
 }
 
-void ErrorStream::readUntilStopped()
+void ErrorStream::read()
 {
     std::array<pollfd, 2> waits{pollfd{m_stream.get(), POLLIN, 0}, pollfd{m_stop.reading.get(), POLLIN, 0}};
     for (;;) {
@@ -38,9 +39,11 @@ void ErrorStream::readUntilStopped()
     }
 }
 
-void ErrorStream::stop()
+void ErrorStream::finish()
 {
     m_stop.writing.close();
+    if (m_reader.joinable())
+        m_reader.join();
 }
 
 QString ErrorStream::text()

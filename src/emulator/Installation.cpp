@@ -6,6 +6,7 @@
 #include "game/AppError.h"
 #include "game/FileDownloader.h"
 #include "platform/Files.h"
+#include "platform/Text.h"
 #include "platform/WorkFolder.h"
 
 #include <chrono>
@@ -101,8 +102,9 @@ QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback
 std::optional<QString> installedVersion()
 {
     try {
-        const QString text = QString::fromUtf8(Files::read(Paths::aresVersion(), longestVersion)).trimmed();
-        return text.isEmpty() ? std::nullopt : std::optional(text);
+        const auto text = decodeUtf8(Files::read(Paths::aresVersion(), longestVersion));
+        const QString tag = text.value_or(QString()).trimmed();
+        return tag.isEmpty() ? std::nullopt : std::optional(tag);
     } catch (const std::system_error&) {
         return std::nullopt;
     }

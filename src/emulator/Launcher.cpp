@@ -8,7 +8,9 @@
 #include "platform/Text.h"
 
 #include <chrono>
+#include <future>
 #include <memory>
+#include <system_error>
 #include <thread>
 
 namespace cartloom
@@ -51,22 +53,28 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
     if (!program)
         throw AppError(QStringLiteral("Could not find the program inside ares.app."), toText(app));
 
+    // All that may fail comes before the start: an emulator that runs is one that is watched. The watcher may
+    // outlive this object and even the event loop, so it holds all that it touches.
     Pipe pipe;
-    const auto start = Clock::now();
-    const auto process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing);
-    pipe.writing.close();
-    m_process = process;
-
-    // Both threads may outlive this object and even the event loop, so they hold all that they touch.
     const auto errors = std::make_shared<ErrorStream>(std::move(pipe.reading));
-    std::thread reader([errors] { errors->readUntilStopped(); });
-    std::thread([process, start, errors, reader = std::move(reader), onExit = std::move(onExit)]() mutable {
-        const int status = process.waitForExit();
-        errors->stop();
-        reader.join();
-        const std::chrono::duration<double> seconds = Clock::now() - start;
-        onExit({status, seconds.count(), errors->text()});
+    const auto start = Clock::now();
+    std::promise<std::optional<ChildProcess>> started;
+    std::thread([start, errors, process = started.get_future(), onExit = std::move(onExit)]() mutable {
+        if (const auto running = process.get()) {
+            const int status = running->waitForExit();
+            errors->finish();
+            const std::chrono::duration<double> seconds = Clock::now() - start;
+            onExit({status, seconds.count(), errors->text()});
+        }
     }).detach();
+
+    try {
+        m_process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing);
+    } catch (const std::system_error&) {
+        started.set_value(std::nullopt);
+        throw;
+    }
+    started.set_value(m_process);
 }
 
 } // namespace cartloom

@@ -4,12 +4,13 @@
 #include "game/AppError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
+#include "platform/MainThreadPromise.h"
+#include "platform/Text.h"
 
 #include <QByteArray>
 #include <QCoroFuture>
-#include <QPromise>
-#include <QStringDecoder>
 
+#include <algorithm>
 #include <thread>
 
 namespace cartloom
@@ -25,24 +26,24 @@ QByteArray readToEnd(const FileDescriptor& stream)
 {
     QByteArray bytes;
     char block[4096];
-    while (const auto count = stream.readSome(block, sizeof block))
-        bytes.append(block, std::min(static_cast<qsizetype>(count), longestComplaint - bytes.size()));
+    while (const auto count = stream.readSome(block, sizeof block)) {
+        if (bytes.size() < longestComplaint)
+            bytes.append(block, static_cast<qsizetype>(count));
+    }
+    // Cut after a character of one byte, so that no longer one is cut in the middle.
+    const bool cut = bytes.size() >= longestComplaint;
+    while (cut && !bytes.isEmpty() && static_cast<unsigned char>(bytes.back()) >= 0x80)
+        bytes.chop(1);
     return bytes;
-}
-
-QString decoded(const QByteArray& bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder(bytes);
-    return decoder.hasError() ? QString() : text;
 }
 
 void runTool(const ArchiveTool& tool)
 {
     Pipe complaint;
-    const auto process = ChildProcess::start(tool.program, tool.arguments, complaint.writing);
+    const auto process =
+        ChildProcess::start(tool.program, tool.arguments, complaint.writing, tool.environment);
     complaint.writing.close();
-    const QString text = decoded(readToEnd(complaint.reading));
+    const QString text = decodeUtf8(readToEnd(complaint.reading)).value_or(QString());
     if (process.waitForExit() == 0)
         return;
     if (text.contains(QLatin1String("no space"), Qt::CaseInsensitive))
@@ -54,18 +55,16 @@ void runTool(const ArchiveTool& tool)
 
 QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder)
 {
-    QPromise<void> end;
-    end.start();
-    auto future = end.future();
-    std::thread([end = std::move(end), tool = ArchiveTool::unpackZip(archive, folder)]() mutable {
+    const MainThreadPromise<void> end;
+    std::thread([end, tool = ArchiveTool::unpackZip(archive, folder)] {
         try {
             runTool(tool);
+            end.resolve();
         } catch (const std::exception&) {
-            end.setException(std::current_exception());
+            end.reject(std::current_exception());
         }
-        end.finish();
     }).detach();
-    co_await future;
+    co_await end.future();
 }
 
 } // namespace cartloom

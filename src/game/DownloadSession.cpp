@@ -5,6 +5,8 @@
 #include "platform/FileDescriptor.h"
 #include "platform/HttpExchange.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QEventLoop>
 
 namespace cartloom
@@ -22,6 +24,31 @@ bool isSuccess(std::optional<int> status)
 
 } // namespace
 
+/// Lives on the session's thread. Any event of ours is a cancellation.
+class DownloadSession::Inbox final : public QObject
+{
+public:
+    explicit Inbox(DownloadSession& session)
+        : m_session(session)
+    {
+        m_session.openInbox(this);
+    }
+    ~Inbox() override { m_session.closeInbox(); }
+    Inbox(const Inbox&) = delete;
+    Inbox& operator=(const Inbox&) = delete;
+
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        m_session.giveUp(std::make_exception_ptr(urlError(UrlError::cancelled)));
+        return true;
+    }
+
+private:
+    DownloadSession& m_session;
+};
+
 DownloadSession::DownloadSession(FileDownloader& downloader, std::filesystem::path destination,
                                  QNetworkRequest request)
     : m_downloader(downloader)
@@ -31,20 +58,26 @@ DownloadSession::DownloadSession(FileDownloader& downloader, std::filesystem::pa
     // The file is wanted as it lies on the server: a compressed transfer would have neither its length nor
     // its bytes.
     m_request.setRawHeader("Accept-Encoding", "identity");
-    m_inbox.moveToThread(this);
 }
 
 DownloadSession::~DownloadSession()
 {
     cancel();
-    wait();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void DownloadSession::resume()
+{
+    m_thread = std::thread([this] { run(); });
 }
 
 void DownloadSession::cancel()
 {
-    QMetaObject::invokeMethod(
-        &m_inbox, [this] { giveUp(std::make_exception_ptr(urlError(UrlError::cancelled))); },
-        Qt::QueuedConnection);
+    const std::lock_guard guard(m_lock);
+    m_cancelled = true;
+    if (m_inbox)
+        QCoreApplication::postEvent(m_inbox, new QEvent(QEvent::User));
 }
 
 void DownloadSession::run()
@@ -64,19 +97,22 @@ std::exception_ptr DownloadSession::transfer()
     QNetworkAccessManager manager;
     HttpExchange exchange(manager, m_request);
     m_exchange = &exchange;
+    const Inbox inbox(*this);
 
     QEventLoop loop;
-    connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    connect(&exchange, &HttpExchange::readyRead, &exchange, [&] {
+    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&exchange, &HttpExchange::readyRead, &exchange, [&] {
         // The body of a refusal is of no use, and it may be endless.
         if (isSuccess(exchange.status()))
             takeArrived(file);
         else
             loop.quit();
     });
-    connect(&exchange, &HttpExchange::progressed, &exchange,
-            [&](qint64 received) { m_downloader.didWriteData(received, exchange.announcedLength()); });
-    loop.exec();
+    QObject::connect(&exchange, &HttpExchange::progressed, &exchange, [&](qint64 received) {
+        m_downloader.didWriteData(received, exchange.announcedLength());
+    });
+    if (!m_failure)
+        loop.exec();
 
     if (!m_failure && exchange.failure())
         m_failure = std::make_exception_ptr(PlatformError(*exchange.failure()));
@@ -88,6 +124,20 @@ std::exception_ptr DownloadSession::transfer()
         m_downloader.didFinishDownloading(file.path(), exchange.status(), m_request.url());
     }
     return m_failure;
+}
+
+void DownloadSession::openInbox(QObject* inbox)
+{
+    const std::lock_guard guard(m_lock);
+    m_inbox = inbox;
+    if (m_cancelled)
+        giveUp(std::make_exception_ptr(urlError(UrlError::cancelled)));
+}
+
+void DownloadSession::closeInbox()
+{
+    const std::lock_guard guard(m_lock);
+    m_inbox = nullptr;
 }
 
 void DownloadSession::takeArrived(TemporaryFile& file)

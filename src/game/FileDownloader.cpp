@@ -24,13 +24,11 @@ QCoro::Task<std::filesystem::path> FileDownloader::download(QNetworkRequest requ
     {
         const std::lock_guard guard(m_lock);
         m_continuation.emplace();
-        m_continuation->start();
         end = m_continuation->future();
     }
     m_session = std::make_unique<DownloadSession>(*this, m_destination, std::move(request));
-    m_session->resume();
-
     const CancellationCallback onCancel(token, [this] { m_session->cancel(); });
+    m_session->resume();
     co_return co_await end;
 }
 
@@ -79,7 +77,7 @@ void FileDownloader::setResult(Outcome result)
 
 void FileDownloader::finish(const Outcome& outcome)
 {
-    std::optional<QPromise<std::filesystem::path>> continuation;
+    std::optional<MainThreadPromise<std::filesystem::path>> continuation;
     {
         const std::lock_guard guard(m_lock);
         continuation.swap(m_continuation);
@@ -87,10 +85,9 @@ void FileDownloader::finish(const Outcome& outcome)
     if (!continuation)
         return;
     if (const auto* file = std::get_if<std::filesystem::path>(&outcome))
-        continuation->addResult(*file);
+        continuation->resolve(*file);
     else
-        continuation->setException(std::get<std::exception_ptr>(outcome));
-    continuation->finish();
+        continuation->reject(std::get<std::exception_ptr>(outcome));
 }
 
 } // namespace cartloom

@@ -3,10 +3,10 @@
 
 #include "game/ProgressCallback.h"
 #include "platform/Cancellation.h"
+#include "platform/MainThreadPromise.h"
 
 #include <QCoroTask>
 #include <QNetworkRequest>
-#include <QPromise>
 
 #include <exception>
 #include <filesystem>
@@ -34,8 +34,9 @@ public:
 
     /// Returns the destination once the file is there. Headers and inactivity limit are the request's. Throws
     /// PlatformError for what the network reports and for a cancellation, std::system_error for what the file
-    /// system does, and AppError for an HTTP status outside 200 to 299; then what stood at the destination
-    /// stays. Main thread; this object must outlive the wait.
+    /// system does, and AppError for an HTTP status outside 200 to 299; what stood at the
+    /// destination then stays, unless it is the last move that fails. Main thread; this object must outlive
+    /// the wait.
     [[nodiscard]] QCoro::Task<std::filesystem::path> download(QNetworkRequest request,
                                                               CancellationToken token);
 
@@ -63,7 +64,7 @@ private:
     const ProgressCallback m_onProgress;
     /// Guards the continuation and the result.
     std::mutex m_lock;
-    std::optional<QPromise<std::filesystem::path>> m_continuation;
+    std::optional<MainThreadPromise<std::filesystem::path>> m_continuation;
     std::optional<Outcome> m_result;
     std::unique_ptr<DownloadSession> m_session;
 };

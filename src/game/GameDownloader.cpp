@@ -119,6 +119,9 @@ void install(const std::filesystem::path& file, bool keepOriginal)
 {
     Paths::ensureSupport();
     const auto target = Paths::gameFile();
+    // The installed game itself is chosen as easily as any other copy.
+    if (keepOriginal && Files::isSame(file, target))
+        return;
     Files::clear(target);
     if (keepOriginal)
         Files::copy(file, target);

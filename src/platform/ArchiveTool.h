@@ -14,6 +14,8 @@ struct ArchiveTool
 {
     std::filesystem::path program;
     std::vector<std::string> arguments;
+    /// Environment variables, as "NAME=value", that it is started with.
+    std::vector<std::string> environment;
 
     /// The command that unpacks a zip archive into a folder that exists.
     [[nodiscard]] static ArchiveTool unpackZip(const std::filesystem::path& archive,

@@ -8,9 +8,10 @@ ArchiveTool ArchiveTool::unpackZip(const std::filesystem::path& archive, const s
 {
     // Owners and special permission bits are never taken from an archive, not even when this user could set
     // them.
-    return {
-        "bsdtar",
-        {"-x", "--no-same-owner", "--no-same-permissions", "-f", archive.native(), "-C", folder.native()}};
+    // And whatever the player's language, a full disk is told in the words that are looked for.
+    return {"bsdtar",
+            {"-x", "--no-same-owner", "--no-same-permissions", "-f", archive.native(), "-C", folder.native()},
+            {"LC_ALL=C.UTF-8", "LANGUAGE="}};
 }
 
 } // namespace cartloom

@@ -6,7 +6,7 @@ namespace cartloom
 
 ArchiveTool ArchiveTool::unpackZip(const std::filesystem::path& archive, const std::filesystem::path& folder)
 {
-    return {"/usr/bin/ditto", {"-x", "-k", archive.native(), folder.native()}};
+    return {"/usr/bin/ditto", {"-x", "-k", archive.native(), folder.native()}, {}};
 }
 
 } // namespace cartloom

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/ChildProcess.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -48,6 +49,29 @@ private:
     posix_spawn_file_actions_t m_actions = {};
 };
 
+/// This process's environment, with the settings in place of what it has under their names.
+std::vector<std::string> environmentWith(const std::vector<std::string>& settings)
+{
+    std::vector<std::string> variables = settings;
+    for (char** variable = environ; *variable; ++variable) {
+        const std::string inherited = *variable;
+        const auto name = inherited.substr(0, inherited.find('=') + 1);
+        if (std::ranges::none_of(settings, [&](const auto& setting) { return setting.starts_with(name); }))
+            variables.push_back(inherited);
+    }
+    return variables;
+}
+
+/// The texts as the system's calls take them. Valid as long as the texts are.
+std::vector<char*> pointersTo(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (auto& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 } // namespace
 
 Pipe::Pipe()
@@ -63,22 +87,23 @@ Pipe::Pipe()
 
 ChildProcess ChildProcess::start(const std::filesystem::path& program,
                                  const std::vector<std::string>& arguments,
-                                 const FileDescriptor& standardError)
+                                 const FileDescriptor& standardError,
+                                 const std::vector<std::string>& settings)
 {
+    // In this order: the writing end may itself be standard output, in a process that was started without
+    // one.
     FileActions actions;
-    actions.discard(STDOUT_FILENO);
     actions.connect(standardError, STDERR_FILENO);
+    actions.discard(STDOUT_FILENO);
 
-    std::string name = program.native();
     std::vector<std::string> texts = arguments;
-    std::vector<char*> words{name.data()};
-    for (auto& text : texts)
-        words.push_back(text.data());
-    words.push_back(nullptr);
+    texts.insert(texts.begin(), program.native());
+    auto variables = environmentWith(settings);
 
     pid_t id = 0;
     const auto spawn = program.has_parent_path() ? ::posix_spawn : ::posix_spawnp;
-    const int error = spawn(&id, name.c_str(), actions.get(), nullptr, words.data(), environ);
+    const int error = spawn(&id, program.c_str(), actions.get(), nullptr, pointersTo(texts).data(),
+                            pointersTo(variables).data());
     if (error != 0)
         throw std::system_error(error, std::generic_category());
     return ChildProcess(id);
@@ -87,7 +112,9 @@ ChildProcess ChildProcess::start(const std::filesystem::path& program,
 int ChildProcess::waitForExit() const
 {
     int status = 0;
-    while (::waitpid(m_id, &status, 0) < 0 && errno == EINTR) {
+    while (::waitpid(m_id, &status, 0) < 0) {
+        if (errno != EINTR)
+            return -1;
     }
     return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
 }

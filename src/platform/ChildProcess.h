@@ -26,17 +26,18 @@ class ChildProcess
 {
 public:
     /// Starts the program, found on the search path when its name has no slash. It gets the arguments as they
-    /// stand, the environment, folder and standard input of this process, no standard output, and its
-    /// standard error is the writing end given. Throws std::system_error with the errno that kept it from
-    /// starting. Any thread.
+    /// stand, this process's environment with the settings ("NAME=value") over it, its folder and standard
+    /// input, no standard output, and its standard error is the writing end given. Throws std::system_error
+    /// with the errno that kept it from starting. Any thread.
     [[nodiscard]] static ChildProcess start(const std::filesystem::path& program,
                                             const std::vector<std::string>& arguments,
-                                            const FileDescriptor& standardError);
+                                            const FileDescriptor& standardError,
+                                            const std::vector<std::string>& settings = {});
 
     [[nodiscard]] pid_t id() const { return m_id; }
 
     /// Blocks until the program has ended and leaves no zombie. To be called once. The result is the exit
-    /// status, or the number of the signal that ended it.
+    /// status, or the number of the signal that ended it; -1 if the system does not tell.
     int waitForExit() const;
 
 private:

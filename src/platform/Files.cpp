@@ -47,6 +47,18 @@ qint64 size(const fs::path& path)
     return S_ISREG(status.st_mode) ? static_cast<qint64>(status.st_size) : 0;
 }
 
+bool isFolder(const fs::path& path) noexcept
+{
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+bool isSame(const fs::path& one, const fs::path& other) noexcept
+{
+    std::error_code ignored;
+    return fs::equivalent(one, other, ignored);
+}
+
 bool isExecutable(const fs::path& path) noexcept
 {
     std::error_code ignored;

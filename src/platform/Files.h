@@ -17,6 +17,12 @@ namespace cartloom::Files
 /// The size in bytes, links followed; 0 for what is not a regular file.
 [[nodiscard]] qint64 size(const std::filesystem::path& path);
 
+/// Whether the path leads to a folder, links followed. Never fails: what cannot be looked at is none.
+[[nodiscard]] bool isFolder(const std::filesystem::path& path) noexcept;
+
+/// Whether both paths lead to the same file. Never fails: what cannot be looked at is not the same.
+[[nodiscard]] bool isSame(const std::filesystem::path& one, const std::filesystem::path& other) noexcept;
+
 /// Whether the path names a file that this user may execute.
 [[nodiscard]] bool isExecutable(const std::filesystem::path& path) noexcept;
 

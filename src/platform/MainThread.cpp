@@ -51,12 +51,22 @@ private:
     std::deque<std::function<void()>> m_functions;
 };
 
+Queue& queue()
+{
+    static auto* const theOne = new Queue;
+    return *theOne;
+}
+
 } // namespace
+
+void adopt()
+{
+    static_cast<void>(queue());
+}
 
 void post(std::function<void()> function)
 {
-    static auto* const queue = new Queue;
-    queue->post(std::move(function));
+    queue().post(std::move(function));
 }
 
 } // namespace cartloom::MainThread

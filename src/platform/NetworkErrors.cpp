@@ -69,6 +69,9 @@ std::optional<PlatformError> translate(const QNetworkReply& reply, Handshake han
     const bool hasStatus = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
     if (error == QNetworkReply::NoError || (hasStatus && restatesStatus(error)))
         return std::nullopt;
+    // On a connection that is used again there is no handshake to be told of.
+    if (hasStatus)
+        handshake = Handshake::Finished;
     return urlError(codeOf(error, handshake, reply.url().scheme() == QLatin1String("https")));
 }
 

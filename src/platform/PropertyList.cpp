@@ -25,7 +25,11 @@ using Node = std::unique_ptr<void, FreeNode>;
 Node parse(const QByteArray& bytes)
 {
     plist_t node = nullptr;
-    plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &node);
+    const auto length = static_cast<uint32_t>(bytes.size());
+    // The one function that tells the formats apart itself has other parameters in each version of the
+    // library.
+    const auto read = plist_is_binary(bytes.constData(), length) ? plist_from_bin : plist_from_xml;
+    read(bytes.constData(), length, &node);
     return Node(node);
 }
 

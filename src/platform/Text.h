@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QString>
+#include <QStringDecoder>
 
 #include <filesystem>
+#include <optional>
 
 namespace cartloom
 {
@@ -19,6 +21,14 @@ namespace cartloom
 [[nodiscard]] inline std::filesystem::path toPath(const QString& text)
 {
     return std::filesystem::path(text.toUtf8().toStdString());
+}
+
+/// The text that the bytes are in UTF-8; none when they are not UTF-8.
+[[nodiscard]] inline std::optional<QString> decodeUtf8(const QByteArray& bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder(bytes);
+    return decoder.hasError() ? std::nullopt : std::optional(text);
 }
 
 } // namespace cartloom

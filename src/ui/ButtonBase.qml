@@ -19,4 +19,5 @@ T.Button {
 
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.onPressAction: control.enabled && control.activate()
 }

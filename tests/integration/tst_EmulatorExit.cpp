@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/Paths.h"
+#include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -134,15 +135,31 @@ private Q_SLOTS:
         QCOMPARE(m_model->errorMessage(), opening.arg(1) + hint);
     }
 
-    void whetherItWasUpdatedIsDecidedAtTheStart()
+    void aFailedFirstStartAfterAnUpdateIsRolledBackByItself()
     {
         update();
         scriptChild({QStringLiteral("err crashed"), QStringLiteral("exit 3")});
         m_model->play();
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_model->errorMessage(), opening.arg(3) + QStringLiteral("\n\ncrashed") + putBack);
         QCOMPARE(installedTag(), QByteArray("v147"));
+    }
+
+    void whetherItWasUpdatedIsDecidedAtTheStart()
+    {
+        installAres("v148");
+        saveGame();
+        restart();
+        const auto proceed = m_sandbox->scratch() / "proceed";
+        scriptChild({QStringLiteral("wait ") + toText(proceed), QStringLiteral("exit 3")});
+        m_model->play();
+        QVERIFY(comesTo(Stage::playing));
+        writeFile(Paths::aresOld() / "ares.app/tag", "v147");
+        writeFile(proceed, "");
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->errorMessage(), opening.arg(3) + hint);
+        QCOMPARE(installedTag(), QByteArray("v148"));
+        QVERIFY(fs::exists(Paths::aresOld()));
     }
 };
 

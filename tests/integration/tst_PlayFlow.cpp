@@ -74,8 +74,7 @@ private Q_SLOTS:
         restart();
         m_model->play();
         QCOMPARE(m_model->stage(), Stage::idle);
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_recorder->changes(), cleared + launched() + stoppedAtOnce());
         QCOMPARE(m_recorder->stages(), QStringLiteral("idle starting playing idle").split(u' '));
         QCOMPARE(m_sites->asked(), QStringList());
@@ -84,8 +83,7 @@ private Q_SLOTS:
     void withNothingPresentBothAreFetched()
     {
         m_model->play();
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_recorder->changes(), cleared + QStringList{QStringLiteral("stage gettingAres")} +
                                             progressBegun + refreshed("false", "v147") +
                                             QStringList{QStringLiteral("stage gettingGame")} + progressBegun +
@@ -102,8 +100,7 @@ private Q_SLOTS:
         installAres();
         restart();
         m_model->play();
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_recorder->changes(), cleared + QStringList{QStringLiteral("stage gettingGame")} +
                                             progressBegun + refreshed("true", "v146") + launched() +
                                             stoppedAtOnce());
@@ -146,8 +143,7 @@ private Q_SLOTS:
         m_model->play();
         QTRY_VERIFY(m_model->offerExternal().has_value());
         m_model->useExistingAres(toText(found));
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_sites->asked(), bothGot.mid(2));
     }
 
@@ -184,8 +180,7 @@ private Q_SLOTS:
     {
         Preferences::setText(PreferenceKeys::externalAres, toText(m_sandbox->scratch() / "gone/ares.app"));
         m_model->play();
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_sites->asked(), bothGot);
     }
 

@@ -40,8 +40,7 @@ private Q_SLOTS:
         QCOMPARE(m_model->setupDone(), false);
         QCOMPARE(m_model->aresVersion(), std::nullopt);
         m_model->play();
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
         QCOMPARE(m_sites->asked().size(), 5);
     }
 
@@ -82,8 +81,7 @@ private Q_SLOTS:
         m_model->play();
         m_model->reset();
         QVERIFY(fs::exists(Paths::gameFile()));
-        QVERIFY(comesTo(Stage::playing));
-        QVERIFY(comesToRest());
+        QVERIFY(goesThrough(Stage::playing));
     }
 
     void anEmptyStorageFolderIsNoFailure()

@@ -5,6 +5,7 @@
 #include "support/AresBundle.h"
 #include "support/ModelProbe.h"
 
+#include <QMetaEnum>
 #include <QtTest>
 
 namespace cartloom
@@ -38,6 +39,15 @@ bool FlowTest::comesToRest()
             return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
         },
         30'000);
+}
+
+bool FlowTest::goesThrough(AppModel::Stage stage)
+{
+    const auto name =
+        QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
+    const auto before = m_recorder->stages().size();
+    return QTest::qWaitFor([&] { return m_recorder->stages().mid(before).contains(name); }, 30'000) &&
+           comesToRest();
 }
 
 bool FlowTest::comesTo(AppModel::Stage stage)

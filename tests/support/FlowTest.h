@@ -29,7 +29,9 @@ protected:
 
     /// Whether the model is at rest again after whatever was started.
     [[nodiscard]] bool comesToRest();
-    /// Whether the model comes to a stage.
+    /// Whether the model, from now on, goes through a stage and then comes to rest.
+    [[nodiscard]] bool goesThrough(AppModel::Stage stage);
+    /// Whether the model comes to a stage and stays there long enough to be seen.
     [[nodiscard]] bool comesTo(AppModel::Stage stage);
 
     std::unique_ptr<Sandbox> m_sandbox;

@@ -28,6 +28,20 @@ std::filesystem::path Sandbox::root() const
     return toPath(m_folder.path());
 }
 
+void Sandbox::openToEveryone() const
+{
+    std::filesystem::permissions(root(), std::filesystem::perms(0755));
+}
+
+void Sandbox::giveToEveryone() const
+{
+    openToEveryone();
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root())) {
+        if (!entry.is_symlink())
+            std::filesystem::permissions(entry, std::filesystem::perms(0777));
+    }
+}
+
 QStringList Sandbox::storage()
 {
     return QDir(toText(Paths::support()))

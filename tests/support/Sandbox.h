@@ -18,6 +18,10 @@ public:
 
     [[nodiscard]] std::filesystem::path root() const;
     [[nodiscard]] std::filesystem::path home() const { return root() / "home"; }
+    /// Lets every user look into it, or change all that is in it.
+    void openToEveryone() const;
+    void giveToEveryone() const;
+
     /// A folder for what a test needs beside the home.
     [[nodiscard]] std::filesystem::path scratch() const { return root() / "scratch"; }
 

@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 namespace cartloom
 {
 
@@ -68,6 +70,12 @@ QStringList ScriptedSites::asked() const
     for (const auto& request : m_server.requests())
         paths.append(QString::fromLatin1(request.path));
     return paths;
+}
+
+bool ScriptedSites::isDeserted() const
+{
+    return std::ranges::all_of(m_server.connections(),
+                               [](const auto& connection) { return connection->isClosed(); });
 }
 
 } // namespace cartloom

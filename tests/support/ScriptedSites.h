@@ -25,6 +25,9 @@ public:
     /// Whole answers by path; a path that is not here is not found. An answer that is empty never comes.
     std::map<QByteArray, QByteArray> answers;
 
+    /// Whether everyone who asked has gone.
+    [[nodiscard]] bool isDeserted() const;
+
     /// The paths that were asked for, in order.
     [[nodiscard]] QStringList asked() const;
 

@@ -1,68 +1,44 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/AresInstaller.h"
 #include "support/Sandbox.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
-
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace cartloom;
 
-/// The candidate for the whole machine is /opt/ares.app here, which only root can make; without that right
-/// the cases that need it are skipped.
 class DiscoveryTest : public QObject
 {
     Q_OBJECT
 
     std::unique_ptr<Sandbox> m_sandbox;
-    const fs::path m_ofMachine = "/opt/ares.app";
-    bool m_madeOfMachine = false;
 
-    fs::path ofUser() const { return m_sandbox->home() / "Applications/ares.app"; }
+    fs::path ofMachine() const { return m_sandbox->scratch() / "Applications"; }
+    fs::path ofUser() const { return m_sandbox->home() / "Applications"; }
     fs::path tree() const { return m_sandbox->scratch() / "tree"; }
-    bool mayInstallForMachine() const { return ::access("/opt", W_OK) == 0 && !fs::exists(m_ofMachine); }
 
-    void installForMachine()
-    {
-        writeFile(m_ofMachine, "a plain file");
-        m_madeOfMachine = true;
-    }
+    std::optional<fs::path> search() const { return AresInstaller::externalAppIn({ofMachine(), ofUser()}); }
 
 private Q_SLOTS:
     void init() { m_sandbox = std::make_unique<Sandbox>(); }
-
-    void cleanup()
-    {
-        if (m_madeOfMachine)
-            fs::remove(m_ofMachine);
-        m_madeOfMachine = false;
-        m_sandbox.reset();
-    }
+    void cleanup() { m_sandbox.reset(); }
 
     void theCopyOfTheMachineComesBeforeTheUsers()
     {
-        if (!mayInstallForMachine())
-            QSKIP("needs the right to write to /opt, and no Ares there");
-        fs::create_directories(ofUser());
-        installForMachine();
-        QCOMPARE(AresInstaller::externalApp(), m_ofMachine);
+        fs::create_directories(ofUser() / "ares.app");
+        QCOMPARE(search(), ofUser() / "ares.app");
+        fs::create_directories(ofMachine() / "ares.app");
+        QCOMPARE(search(), ofMachine() / "ares.app");
     }
 
     void aPlainFileOfTheNameCountsAsFound()
     {
-        if (fs::exists(m_ofMachine))
-            QSKIP("this machine has an Ares of its own");
-        writeFile(ofUser(), "a plain file");
-        QCOMPARE(AresInstaller::externalApp(), ofUser());
+        writeFile(ofMachine() / "ares.app", "a plain file");
+        QCOMPARE(search(), ofMachine() / "ares.app");
     }
 
-    void withNeitherThereIsNone()
-    {
-        if (fs::exists(m_ofMachine))
-            QSKIP("this machine has an Ares of its own");
-        QCOMPARE(AresInstaller::externalApp(), std::nullopt);
-    }
+    void withNeitherThereIsNone() { QCOMPARE(search(), std::nullopt); }
 
     void nothingIsFoundInAFolderThatDoesNotExist() { QCOMPARE(AresInstaller::findApp(tree()), std::nullopt); }
 
@@ -123,12 +99,15 @@ private Q_SLOTS:
 
     void foldersThatCannotBeReadAreSkipped()
     {
-        if (::geteuid() == 0)
-            QSKIP("root can read every folder");
         fs::create_directories(tree() / "a/ares.app");
         fs::create_directories(tree() / "b/ares.app");
         fs::permissions(tree() / "a", fs::perms::none);
-        const auto found = AresInstaller::findApp(tree());
+        std::optional<fs::path> found;
+        {
+            m_sandbox->openToEveryone();
+            const Unprivileged unprivileged;
+            found = AresInstaller::findApp(tree());
+        }
         fs::permissions(tree() / "a", fs::perms::owner_all);
         QCOMPARE(found, tree() / "b/ares.app");
     }

@@ -8,11 +8,11 @@
 #include "support/Failures.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
 #include <system_error>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace cartloom;
@@ -181,6 +181,26 @@ private Q_SLOTS:
         QVERIFY(!fs::exists(Paths::aresNew()));
     }
 
+    void aKeptCopyThatCannotBeRemovedLeavesTheInstalledOneUntouchedAndTheNewOneAside()
+    {
+        install(makeRelease(QStringLiteral("v146")));
+        install(makeRelease(QStringLiteral("v147")));
+        const auto release = makeRelease(QStringLiteral("v148"));
+        const auto locked = Paths::aresOld() / "ares.app/Contents";
+        m_sandbox->giveToEveryone();
+        fs::permissions(locked, fs::perms::none);
+        std::optional<std::system_error> failure;
+        {
+            const Unprivileged unprivileged;
+            failure = installFailure<std::system_error>(release);
+        }
+        fs::permissions(locked, fs::perms::owner_all);
+        QCOMPARE(failure.value().code().value(), EEXIST);
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(tagOf(Paths::aresNew()), QByteArray("v148"));
+        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
+    }
+
     void aTagThatCannotBeRecordedIsNoFailure()
     {
         fs::create_directories(Paths::aresVersion() / "in the way");
@@ -262,6 +282,7 @@ private Q_SLOTS:
         QTest::newRow("line end") << QByteArray("v147\n") << std::optional(QStringLiteral("v147"));
         QTest::newRow("blanks") << QByteArray(" \tv147\r\n ") << std::optional(QStringLiteral("v147"));
         QTest::newRow("empty") << QByteArray() << none;
+        QTest::newRow("not UTF-8") << QByteArray("v147\xff") << none;
         QTest::newRow("all blank") << QByteArray(" \n\t ") << none;
     }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/Failures.h"
 #include "support/RawServer.h"
 #include "support/RequestFailures.h"
 #include "support/Requests.h"
@@ -48,6 +49,27 @@ private Q_SLOTS:
             TestCertificates::server(QStringLiteral("good")));
         verifyUrlError(failureOfRequest(requestFor(server.url())), -1005,
                        QStringLiteral("The network connection was lost."));
+    }
+
+    void aBodyCutShortOnAConnectionThatIsUsedAgainIsALostConnection()
+    {
+        int asked = 0;
+        const RawServer server(
+            [&](RawConnection& connection, const RawRequest&) {
+                if (++asked == 1) {
+                    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nfirst");
+                    return;
+                }
+                connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf");
+                connection.close();
+            },
+            TestCertificates::server(QStringLiteral("good")));
+        HttpSession session;
+        QCOMPARE(resultOf(session.get(requestFor(server.url()), {})).body, QByteArray("first"));
+        const auto failure =
+            failureOf<PlatformError>([&] { return resultOf(session.get(requestFor(server.url()), {})); });
+        QCOMPARE(failure.value().code, UrlError::networkConnectionLost);
+        QCOMPARE(server.connections().size(), std::size_t(1));
     }
 
     void aRedirectFromHttpsToHttp()
