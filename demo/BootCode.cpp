@@ -35,7 +35,8 @@ constexpr std::uint32_t loadWord(Register target, std::uint32_t offset, Register
 }
 constexpr std::uint32_t storeWord(Register source, std::uint32_t offset, Register base)
 {
-    return immediate(0x2B, base, source, offset);
+    // The encoding has the base before the word that is stored.
+    return immediate(0x2B, base, source, offset); // NOLINT(readability-suspicious-call-argument)
 }
 /// The distance is in instructions from the one after the branch; that one runs in either case.
 constexpr std::uint32_t branchIfNotEqual(Register left, Register right, std::int32_t distance)

@@ -74,7 +74,7 @@ QString title(const QByteArray& image)
 
 QImage picture(const QByteArray& image)
 {
-    if (image.size() < qsizetype(pictureOffset + pictureBytes))
+    if (image.size() < qsizetype(pictureOffset) + qsizetype(pictureBytes))
         return {};
     QImage picture(pictureWidth, pictureHeight, QImage::Format_RGB32);
     for (int y = 0; y < pictureHeight; ++y) {

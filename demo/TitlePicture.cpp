@@ -85,7 +85,7 @@ QImage titlePicture()
     sky.setColorAt(1, QColor(0x3C, 0x1D, 0x52));
     painter.fillRect(picture.rect(), sky);
     drawTitle(painter);
-    painter.translate(pictureWidth / 2, 104);
+    painter.translate(pictureWidth / 2.0, 104);
     painter.scale(1.2, 1.2);
     drawRobot(painter);
     return picture;
