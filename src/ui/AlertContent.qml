@@ -71,7 +71,7 @@ FocusScope {
 
                 action: modelData
                 role: modelData.role
-                focus: modelData.role === content.firstRole
+                focus: modelData.role === content.firstRole // qmllint disable
                 width: parent.width
             }
         }

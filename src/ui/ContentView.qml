@@ -138,7 +138,7 @@ Rectangle {
         wanted: page.model.offerExternal !== undefined
 
         sourceComponent: ExternalOfferAlert {
-            model: page.model
+            model: page.model // qmllint disable
         }
     }
 
@@ -147,7 +147,7 @@ Rectangle {
         wanted: page.model.updateOffer !== undefined
 
         sourceComponent: UpdateAlert {
-            model: page.model
+            model: page.model // qmllint disable
         }
     }
 
@@ -156,7 +156,7 @@ Rectangle {
         wanted: page.model.confirmReset
 
         sourceComponent: ResetAlert {
-            model: page.model
+            model: page.model // qmllint disable
         }
     }
 
@@ -165,10 +165,10 @@ Rectangle {
         wanted: page.showAbout
 
         sourceComponent: AboutView {
-            storePage: page.model.storePage
-            emulatorSite: page.model.emulatorSite
-            visible: page.showAbout
-            onClosed: page.showAbout = false
+            storePage: page.model.storePage // qmllint disable
+            emulatorSite: page.model.emulatorSite // qmllint disable
+            visible: page.showAbout // qmllint disable
+            onClosed: page.showAbout = false // qmllint disable
         }
     }
 

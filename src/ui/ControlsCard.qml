@@ -45,7 +45,7 @@ Item {
                 required property string modelData
 
                 objectName: "cardLine"
-                width: content.width
+                width: content.width // qmllint disable
                 text: modelData
                 font: Theme.caption
             }

@@ -10,7 +10,7 @@ FileDialog {
     required property OpenPanel panel
 
     // Not every system ignores the case of an extension.
-    readonly property string patterns: panel.extensions.concat(panel.extensions.map(e => e.toUpperCase()))
+    readonly property string patterns: panel.extensions.concat(panel.extensions.map(e => e.toUpperCase())) // qmllint disable
                                                        .map(e => "*." + e).join(" ")
 
     title: panel.title

@@ -17,7 +17,7 @@ Window {
     visible: true
     color: Theme.background
     // Only what is visible can be drawn.
-    Component.onCompleted: Qt.callLater(() => WindowIcon.drawFrom(view.robot))
+    Component.onCompleted: Qt.callLater(() => WindowIcon.drawFrom(view.robot)) // qmllint disable
 
     Shortcut {
         sequences: ["Ctrl+W", "Ctrl+Q"]
