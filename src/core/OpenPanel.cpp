@@ -17,6 +17,17 @@ void OpenPanel::open(const Request& request, Confirmed confirmed)
     Q_EMIT isOpenChanged();
 }
 
+QStringList OpenPanel::nameFilters() const
+{
+    if (m_request.extensions.isEmpty())
+        return {};
+    // Not every system ignores the case of an extension.
+    QStringList patterns;
+    for (const auto& extension : m_request.extensions)
+        patterns << QStringLiteral("*.") + extension << QStringLiteral("*.") + extension.toUpper();
+    return {QStringLiteral("%1 (%2)").arg(m_request.message, patterns.join(u' '))};
+}
+
 void OpenPanel::confirm(const QUrl& file)
 {
     const auto confirmed = close();

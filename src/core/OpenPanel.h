@@ -22,7 +22,7 @@ class OpenPanel : public QObject
     Q_PROPERTY(bool isOpen READ isOpen NOTIFY isOpenChanged)
     Q_PROPERTY(QString title READ title NOTIFY isOpenChanged)
     Q_PROPERTY(QString message READ message NOTIFY isOpenChanged)
-    Q_PROPERTY(QStringList extensions READ extensions NOTIFY isOpenChanged)
+    Q_PROPERTY(QStringList nameFilters READ nameFilters NOTIFY isOpenChanged)
 
 public:
     using Confirmed = std::function<void(const std::filesystem::path&)>;
@@ -44,7 +44,9 @@ public:
     [[nodiscard]] bool isOpen() const { return static_cast<bool>(m_confirmed); }
     [[nodiscard]] const QString& title() const { return m_request.title; }
     [[nodiscard]] const QString& message() const { return m_request.message; }
-    [[nodiscard]] const QStringList& extensions() const { return m_request.extensions; }
+    /// The extensions that can be chosen, as the file dialogs of Qt want them: one filter that bears the message
+    /// as its name; none when all files can be chosen.
+    [[nodiscard]] QStringList nameFilters() const;
 
     /// The player has chosen; an address that is no local file counts as no choice.
     Q_INVOKABLE void confirm(const QUrl& file);

@@ -36,14 +36,13 @@ PageScroll {
         Label {
             objectName: "gameCredit"
             width: parent.width
-            text: "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). This app "
-                  + "does not contain the game. It only downloads it from their official page, and you can get it "
-                  + "there yourself:"
+            text: "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). "
+                  + "This app does not contain the game. It only downloads it from their official page, and "
+                  + "you can get it there yourself:"
         }
 
         WebLink {
             objectName: "storeLink"
-            font: Theme.body
             text: address.replace(/^[a-z]+:\/\//, "")
             address: String(content.storePage)
         }
@@ -57,7 +56,6 @@ PageScroll {
 
         WebLink {
             objectName: "emulatorLink"
-            font: Theme.body
             text: content.emulatorSite
             address: content.emulatorSite === "" ? "" : "https://" + content.emulatorSite + "/"
         }

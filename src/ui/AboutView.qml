@@ -7,10 +7,14 @@ import Cartloom
 T.Dialog {
     id: sheet
 
+    /// Whose "showAbout" says whether the sheet is shown.
+    required property ContentView page
     required property url storePage
     required property string emulatorSite
 
     title: "About Cartloom"
+    visible: page.showAbout
+    onClosed: page.showAbout = false
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: 460

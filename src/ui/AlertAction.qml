@@ -11,4 +11,6 @@ T.Action {
     }
 
     property int role: AlertAction.Ordinary
+    /// Whether it has the keyboard when the alert appears: where nothing is the default, what changes nothing.
+    property bool focused: role === AlertAction.Default
 }

@@ -12,9 +12,6 @@ FocusScope {
     /// The height that the whole alert may take, with its padding of 20.
     required property real room
 
-    /// What has the keyboard when the alert appears: where nothing is the default, what changes nothing.
-    readonly property int firstRole: actions.some(action => action.role === AlertAction.Default)
-                                     ? AlertAction.Default : AlertAction.Cancel
     readonly property real roomForMessage: room - 40 - titleLabel.height - buttons.height - 28
 
     focus: true
@@ -71,7 +68,7 @@ FocusScope {
 
                 action: modelData
                 role: modelData.role
-                focus: modelData.role === content.firstRole // qmllint disable
+                focus: modelData.focused
                 width: parent.width
             }
         }

@@ -135,47 +135,36 @@ Rectangle {
 
     LazyLoader {
         objectName: "externalOfferAlert"
+        component: "ExternalOfferAlert"
         wanted: page.model.offerExternal !== undefined
-
-        sourceComponent: ExternalOfferAlert {
-            model: page.model // qmllint disable
-        }
+        properties: ({ model: page.model })
     }
 
     LazyLoader {
         objectName: "updateAlert"
+        component: "UpdateAlert"
         wanted: page.model.updateOffer !== undefined
-
-        sourceComponent: UpdateAlert {
-            model: page.model // qmllint disable
-        }
+        properties: ({ model: page.model })
     }
 
     LazyLoader {
         objectName: "resetAlert"
+        component: "ResetAlert"
         wanted: page.model.confirmReset
-
-        sourceComponent: ResetAlert {
-            model: page.model // qmllint disable
-        }
+        properties: ({ model: page.model })
     }
 
     LazyLoader {
         objectName: "aboutView"
+        component: "AboutView"
         wanted: page.showAbout
-
-        sourceComponent: AboutView {
-            storePage: page.model.storePage // qmllint disable
-            emulatorSite: page.model.emulatorSite // qmllint disable
-            visible: page.showAbout // qmllint disable
-            onClosed: page.showAbout = false // qmllint disable
-        }
+        properties: ({ page: page, storePage: page.model.storePage, emulatorSite: page.model.emulatorSite })
     }
 
-    // By address, so that the toolkit's dialogs are loaded only with the first panel.
-    Loader {
+    LazyLoader {
         objectName: "filePanel"
-        active: page.model.openPanel.isOpen
-        Component.onCompleted: setSource("FilePanel.qml", { panel: page.model.openPanel })
+        component: "FilePanel"
+        wanted: page.model.openPanel.isOpen
+        properties: ({ panel: page.model.openPanel })
     }
 }

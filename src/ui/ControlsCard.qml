@@ -45,7 +45,7 @@ Item {
                 required property string modelData
 
                 objectName: "cardLine"
-                width: content.width // qmllint disable
+                width: parent?.width ?? 0
                 text: modelData
                 font: Theme.caption
             }
@@ -61,9 +61,9 @@ Item {
         Label {
             objectName: "keyboardNote"
             width: parent.width
-            text: "Ares does not come with preset keyboard keys. In Ares, open Settings, then Input, to assign "
-                  + "keys to the N64 buttons once. A USB or Bluetooth game controller works too: map it in the "
-                  + "same place."
+            text: "Ares does not come with preset keyboard keys. In Ares, open Settings, then Input, to "
+                  + "assign keys to the N64 buttons once. A USB or Bluetooth game controller works too: map "
+                  + "it in the same place."
             font: Theme.caption
             color: Theme.faded(0.7)
         }

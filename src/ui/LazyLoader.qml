@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 
-/// Makes what is in it when it is first wanted, and keeps it.
+/// Makes a component when it is first wanted, and keeps it.
 Loader {
-    property bool wanted: false
+    id: loader
 
-    active: false
-    onWantedChanged: active = active || wanted
+    required property string component
+    required property bool wanted
+    /// What the component requires.
+    property var properties: ({})
+
+    onWantedChanged: wanted && status === Loader.Null && setSource(component + ".qml", properties)
 }

@@ -16,8 +16,7 @@ Window {
     minimumHeight: 600
     visible: true
     color: Theme.background
-    // Only what is visible can be drawn.
-    Component.onCompleted: Qt.callLater(() => WindowIcon.drawFrom(view.robot)) // qmllint disable
+    Component.onCompleted: WindowIcon.drawFrom(view.robot)
 
     Shortcut {
         sequences: ["Ctrl+W", "Ctrl+Q"]

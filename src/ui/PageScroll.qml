@@ -10,12 +10,20 @@ ScrollPane {
     /// How much of the page stays in view around what has the keyboard.
     readonly property real margin: 24
 
-    function reveal(item: Item) {
-        const top = item.mapToItem(view.contentItem, 0, 0).y;
-        const highest = Math.max(top - margin, 0);
-        const lowest = Math.min(top + item.height + margin, contentHeight) - view.height;
-        view.contentY = Math.max(Math.min(view.contentY, highest), lowest);
+    /// Where it is on the page; nothing while it is elsewhere.
+    readonly property rect focusArea: activeFocus && focusItem !== page ? areaOf(focusItem) : Qt.rect(0, 0, 0, 0)
+
+    function areaOf(item: Item): rect {
+        return item.mapToItem(view.contentItem, 0, 0, item.width, item.height);
     }
 
-    onFocusItemChanged: activeFocus && focusItem !== page && reveal(focusItem)
+    function within(y: real): real {
+        return Math.max(0, Math.min(y, contentHeight - view.height));
+    }
+
+    onFocusAreaChanged: {
+        if (focusArea.height > 0)
+            view.contentY = Math.max(Math.min(view.contentY, within(focusArea.top - margin)),
+                                     within(focusArea.bottom + margin - view.height));
+    }
 }

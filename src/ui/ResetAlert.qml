@@ -21,5 +21,6 @@ AlertDialog {
     AlertAction {
         text: "Cancel"
         role: AlertAction.Cancel
+        focused: true
     }
 }

@@ -7,7 +7,7 @@ QtObject {
     /// The largest size, in points, that a system has for its texts before the user asks for larger ones.
     readonly property real usualPoints: 13
     /// How much larger than usual the user wants all texts.
-    property real textScale: Math.max(1, Qt.application.font.pointSize / usualPoints) // qmllint disable
+    property real textScale: Math.max(1, Application.font.pointSize / usualPoints)
 
     readonly property font gameTitle: Qt.font({ pixelSize: scaled(30), weight: Font.ExtraBold })
     readonly property font bigButton: Qt.font({ pixelSize: scaled(22), weight: Font.Bold })

@@ -4,7 +4,6 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
-#include <QPointer>
 #include <QQuickItemGrabResult>
 #include <QQuickWindow>
 
@@ -28,18 +27,25 @@ QIcon iconOf(const QImage& picture)
     return QIcon(square);
 }
 
+void setIconFrom(QQuickItem& drawing)
+{
+    const auto grabbed = drawing.grabToImage();
+    if (!grabbed)
+        return;
+    auto* const window = drawing.window();
+    QObject::connect(
+        grabbed.data(), &QQuickItemGrabResult::ready, window,
+        [window, grabbed] { window->setIcon(iconOf(grabbed->image())); }, Qt::SingleShotConnection);
+}
+
 } // namespace
 
 void WindowIcon::drawFrom(QQuickItem* drawing)
 {
-    const QPointer<QQuickWindow> window = drawing->window();
-    const auto grabbed = drawing->grabToImage();
-    if (!grabbed)
-        return;
-    connect(grabbed.data(), &QQuickItemGrabResult::ready, this, [window, grabbed] {
-        if (window)
-            window->setIcon(iconOf(grabbed->image()));
-    });
+    // Only what is visible can be drawn, and the first frame shall not wait for an icon.
+    connect(
+        drawing->window(), &QQuickWindow::frameSwapped, drawing, [drawing] { setIconFrom(*drawing); },
+        Qt::SingleShotConnection);
 }
 
 } // namespace cartloom

@@ -16,8 +16,7 @@ class WindowIcon : public QObject
     QML_SINGLETON
 
 public:
-    /// Makes a picture of an item the icon of the window that the item is in, once that is drawn. The window
-    /// must be visible.
+    /// Makes a picture of an item the icon of the window that the item is in, once that has been drawn.
     Q_INVOKABLE void drawFrom(QQuickItem* drawing);
 };
 

@@ -46,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(panel.isOpen());
         QCOMPARE(panel.title(), QStringLiteral("Choose Quillet64.z64"));
         QCOMPARE(panel.message(), QString());
-        QCOMPARE(panel.extensions(), QStringList());
+        QCOMPARE(panel.nameFilters(), QStringList());
     }
 
     void thePanelForARomAsksForTheThreeExtensions()
@@ -56,8 +56,8 @@ private Q_SLOTS:
         QVERIFY(panel.isOpen());
         QCOMPARE(panel.title(), QStringLiteral("Choose a Nintendo 64 game"));
         QCOMPARE(panel.message(), QStringLiteral("Pick a .z64 or .v64 ROM file."));
-        QCOMPARE(panel.extensions(),
-                 (QStringList{QStringLiteral("z64"), QStringLiteral("v64"), QStringLiteral("n64")}));
+        QCOMPARE(panel.nameFilters(), QStringList{QStringLiteral("Pick a .z64 or .v64 ROM file. "
+                                                                 "(*.z64 *.Z64 *.v64 *.V64 *.n64 *.N64)")});
     }
 
     void noPanelIsShownWhileSomethingRuns_data()

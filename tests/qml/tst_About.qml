@@ -29,9 +29,9 @@ PageCase {
         openSheet();
         compare(about("aboutTitle").text, "About Cartloom");
         compare(about("gameCredit").text,
-                "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). This app "
-                + "does not contain the game. It only downloads it from their official page, and you can get it "
-                + "there yourself:");
+                "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). "
+                + "This app does not contain the game. It only downloads it from their official page, and "
+                + "you can get it there yourself:");
         compare(about("emulatorNote").text,
                 "Ares is an open source emulator (ISC license) from " + model.emulatorSite
                 + ". It is downloaded from its official GitHub releases page.");
@@ -71,7 +71,32 @@ PageCase {
         compare(probe.opened.map(String), [String(model.storePage), "https://" + model.emulatorSite + "/"]);
         for (const name of ["storeLink", "emulatorLink"]) {
             compare(probe.accessible(about(name)).name, about(name).text);
+            compare(probe.accessible(about(name)).role, "Link");
         }
+    }
+
+    function test_linksAreReachedAndFollowedWithTheKeyboard_data() {
+        return [{ tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return },
+                { tag: "Enter", key: Qt.Key_Enter }];
+    }
+
+    function test_linksAreReachedAndFollowedWithTheKeyboard(row) {
+        openSheet();
+        for (let time = 0; time < 10 && !about("storeLink").activeFocus; ++time)
+            keyClick(Qt.Key_Tab);
+        verify(findChild(about("storeLink"), "focusRing").visible);
+        keyClick(row.key);
+        keyClick(Qt.Key_Tab);
+        verify(about("emulatorLink").activeFocus);
+        keyClick(row.key);
+        compare(probe.opened.map(String), [String(model.storePage), "https://" + model.emulatorSite + "/"]);
+        verify(page.showAbout);
+    }
+
+    function test_aLinkIsFollowedByAssistiveTechnology() {
+        openSheet();
+        verify(probe.act(about("storeLink"), "Press"));
+        compare(probe.opened.map(String), [String(model.storePage)]);
     }
 
     function test_aLinkWithoutAnAddressIsLeftOut() {

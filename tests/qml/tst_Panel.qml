@@ -27,10 +27,10 @@ PageCase {
         verify(model.openPanel.isOpen);
         compare(panel().title, "Choose a Nintendo 64 game");
         compare(panel().nameFilters,
-                ["Pick a .z64 or .v64 ROM file. (*.z64 *.v64 *.n64 *.Z64 *.V64 *.N64)"]);
+                ["Pick a .z64 or .v64 ROM file. (*.z64 *.Z64 *.v64 *.V64 *.n64 *.N64)"]);
         compare(panel().modality, Qt.ApplicationModal);
         panel().reject();
-        tryVerify(() => !item("filePanel").item);
+        tryVerify(() => !item("filePanel").item.visible);
         verify(!model.openPanel.isOpen);
         compare(model.errorMessage, undefined);
     }
@@ -51,7 +51,7 @@ PageCase {
         dialog.selectedFile = probe.placeRom("small.z64", 1000);
         dialog.accepted();
         tryVerify(() => model.errorMessage !== undefined);
-        tryVerify(() => !item("filePanel").item);
+        tryVerify(() => !item("filePanel").item.visible);
         verify(!probe.hasTask());
     }
 

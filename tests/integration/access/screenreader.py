@@ -2,6 +2,7 @@
 """What a screen reader does with a program: finds its controls by role and name, reads them, presses them."""
 
 import os
+import re
 import signal
 import subprocess
 import time
@@ -86,11 +87,10 @@ class Program:
         return "\n".join(f"  {node.getRoleName()} '{node.name}'" for node in below(self._application))
 
     def look_for(self, roles, name):
-        """The control of that role and name, or None. A name that ends with an asterisk is a beginning."""
-        def fits(text):
-            return text.startswith(name[:-1]) if name.endswith("*") else text == name
+        """The control of that role and name, or None. An asterisk in the name stands for anything."""
+        pattern = re.compile(".*".join(re.escape(part) for part in name.split("*")), re.DOTALL)
         return next((node for node in below(self._application)
-                     if node.getRoleName() in roles and fits(node.name)), None)
+                     if node.getRoleName() in roles and pattern.fullmatch(node.name)), None)
 
     def find(self, roles, name, limit=PATIENCE):
         try:

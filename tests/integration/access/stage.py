@@ -20,11 +20,12 @@ PLIST = """<?xml version="1.0" encoding="UTF-8"?>
 """
 
 
-def make_app(folder):
-    """An ares.app in the folder, whose program is the scripted child."""
+def make_app(folder, mark=""):
+    """An ares.app in the folder, whose program is the scripted child; the mark tells it from others."""
     contents = folder / "ares.app/Contents"
     (contents / "MacOS").mkdir(parents=True)
     (contents / "Info.plist").write_text(PLIST)
+    (contents / "mark").write_text(mark)
     shutil.copy(EMULATOR, contents / "MacOS/ares")
     return folder / "ares.app"
 
@@ -82,6 +83,9 @@ class LauncherTest(unittest.TestCase):
         script = [f"args {self.started}", *then]
         program = Program(self.command(tag, archive, game), {"CARTLOOM_CHILD": "\n".join(script)}, self.files)
         self.addCleanup(program.end)
+        # What is scrolled out of sight is not told: the window is made as tall as the page may become.
+        subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "^Cartloom$",
+                        "windowsize", "--sync", "%1", "480", "960"], check=True, stdout=subprocess.DEVNULL)
         return program
 
     def command(self, tag="v148", archive=None, game=None):
@@ -90,7 +94,7 @@ class LauncherTest(unittest.TestCase):
 
     def install(self, tag="v148"):
         """What an earlier set-up would have left."""
-        make_app(self.storage / "Ares")
+        make_app(self.storage / "Ares", tag)
         (self.storage / "ares-version.txt").write_text(tag)
         shutil.copy(self.game, self.storage / "Quillet64.z64")
 
