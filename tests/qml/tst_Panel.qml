@@ -107,8 +107,10 @@ PageCase {
 
     function test_stagesAndMessagesAreAnnounced() {
         const said = () => probe.accessible(item("announcer"));
-        compare(said().role, "AlertMessage");
+        verify(!item("announcer").visible);
         probe.put({ stage: "gettingAres" });
+        verify(item("announcer").visible);
+        compare(said().role, "AlertMessage");
         compare(said().name, "Getting Ares");
         probe.put({ stage: "gettingGame" });
         compare(said().name, "Getting the game");

@@ -51,6 +51,30 @@ def below(node):
         yield from below(child)
 
 
+class Announcements:
+    """What is spoken because it appears, in the order in which it appeared."""
+
+    def __init__(self):
+        self._spoken = []
+        pyatspi.Registry.registerEventListener(self._on_showing, "object:state-changed:showing")
+
+    def _on_showing(self, event):
+        if event.detail1 and event.source.getRoleName() in ALERT:
+            self._spoken.append(event.source.name)
+
+    @property
+    def spoken(self):
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._spoken
+
+    def wait_for(self, text):
+        wait_for(f"'{text}' announced; there was {self._spoken}", lambda: text in self.spoken)
+
+    def close(self):
+        pyatspi.Registry.deregisterEventListener(self._on_showing, "object:state-changed:showing")
+
+
 class Program:
     """A started program, as assistive technology knows it. Ends with `end` at the latest."""
 

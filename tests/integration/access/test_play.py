@@ -5,7 +5,7 @@ import subprocess
 import time
 import unittest
 
-from screenreader import ALERT, BUTTON, LABEL, PROGRESS_BAR, wait_for
+from screenreader import ALERT, BUTTON, LABEL, PROGRESS_BAR, Announcements, wait_for
 from stage import LauncherTest, make_app, make_archive, processes_of
 
 # A run of the emulator has to last that long to be a good one, in seconds.
@@ -39,6 +39,18 @@ class Play(LauncherTest):
         self.assertIsNone(launcher.look_for(LABEL, "Ares stopped*"))
         self.assertIsNone(launcher.look_for(LABEL, "Downloads the Ares emulator*"))
         self.assertEqual(self.installed_tag(), "v148")
+
+    def test_stages_and_messages_are_announced(self):
+        self.install()
+        launcher = self.launch(self.playing_until_told)
+        announcements = Announcements()
+        self.addCleanup(announcements.close)
+        launcher.press("Play")
+        announcements.wait_for("Playing...")
+        self.emulator_end.touch()
+        launcher.find(BUTTON, "Play")
+        launcher.press("Check for a newer Ares")
+        announcements.wait_for("Ares v148 is the newest version.")
 
     def test_a_download_can_be_cancelled(self):
         large = self.files / "large.zip"
