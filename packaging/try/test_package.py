@@ -96,7 +96,7 @@ class Package(unittest.TestCase):
         self.launcher.find(LABEL, "Ares stopped right away (exit code 127).*", EMULATOR_PATIENCE)
         take_picture("refused")
         self.launcher.press("Show Details")
-        self.launcher.find(("text",), 'The Ares that is installed * Install the package "ares" in version 147 *')
+        self.launcher.find(("text",), 'The Ares that is installed *Install the package "ares" in version 147 *')
 
 
 if __name__ == "__main__":
