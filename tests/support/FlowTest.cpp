@@ -2,10 +2,10 @@
 #include "support/FlowTest.h"
 
 #include "core/Paths.h"
+#include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/ModelProbe.h"
 
-#include <QMetaEnum>
 #include <QtTest>
 
 namespace cartloom
@@ -43,8 +43,7 @@ bool FlowTest::comesToRest()
 
 bool FlowTest::goesThrough(AppModel::Stage stage)
 {
-    const auto name =
-        QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
+    const auto name = nameOf(stage);
     const auto before = m_recorder->stages().size();
     return QTest::qWaitFor([&] { return m_recorder->stages().mid(before).contains(name); }, 30'000) &&
            comesToRest();
