@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 namespace cartloom
 {
@@ -22,8 +23,17 @@ public:
 
     explicit ScriptedSites(const std::filesystem::path& scratch, const QByteArray& tag = "v147");
 
+    /// Makes this archive the newest release.
+    void offer(const QByteArray& tag, const QByteArray& zip);
+
     /// Whole answers by path; a path that is not here is not found. An answer that is empty never comes.
     std::map<QByteArray, QByteArray> answers;
+
+    /// Paths whose connection stays open after the answer, as if more were to come.
+    std::set<QByteArray> heldOpen;
+
+    /// What the sites are asked under.
+    [[nodiscard]] QUrl origin() const { return m_server.url(QString()); }
 
     /// Whether everyone who asked has gone.
     [[nodiscard]] bool isDeserted() const;
