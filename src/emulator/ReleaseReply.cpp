@@ -9,6 +9,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <vector>
 
@@ -53,11 +54,15 @@ QString requiredText(const QJsonObject& object, const char* key)
     return value.toString();
 }
 
-qint64 requiredInteger(const QJsonObject& object, const char* key)
+/// A number counts by its value, however it is written: 1000, 1000.0 and 1e3 are the same.
+qint64 requiredInteger(const QJsonObject& object, const char* key, const QByteArray& reply)
 {
     const QJsonValue value = required(object, key);
     // A value that is no whole number of 64 bits comes back as the default, whichever that is.
-    if (value.toInteger(0) != value.toInteger(1))
+    const bool isWhole = value.toInteger(0) == value.toInteger(1);
+    // Those just below the range are rounded up to its lowest number, from which only the figures tell them.
+    const bool isLowest = value.toInteger() == std::numeric_limits<qint64>::min();
+    if (!isWhole || (isLowest && !reply.contains(QByteArray::number(std::numeric_limits<qint64>::min()))))
         throw DecodingError(std::string("The value of \"") + key + "\" is not a whole number.");
     return value.toInteger();
 }
@@ -85,7 +90,7 @@ APIRelease decodeRelease(const QByteArray& body)
         throw DecodingError("The value of \"assets\" is not a list.");
     for (const auto& item : assets.toArray()) {
         const QJsonObject asset = requiredObject(item, "asset");
-        release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size"),
+        release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size", body),
                                   requiredText(asset, "browser_download_url")});
     }
     return release;
