@@ -11,10 +11,10 @@ namespace cartloom::Bundle
 namespace
 {
 
-/// A name with a separator would lead out of the bundle.
+/// What could lead out of the folder is no name; nor is what the system would read to its middle only.
 bool isFileName(const QString& name)
 {
-    return !name.contains(u'/') && name != QLatin1String("..") && name != QLatin1String(".");
+    return !name.contains(u'/') && !name.contains(QLatin1String("..")) && !name.contains(QChar::Null);
 }
 
 } // namespace
