@@ -42,7 +42,8 @@ ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteAr
         if (answer != answers.end() && answer->second.isEmpty())
             return;
         connection.send(answer != answers.end() ? answer->second : httpAnswer(404));
-        connection.close();
+        if (!heldOpen.contains(request.path))
+            connection.close();
     })
 {
     const QByteArray zip = packedRelease(scratch, tag);
@@ -60,8 +61,8 @@ ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteAr
     answers[form] = httpAnswer(200, json(link));
     answers[game] = httpAnswer(200, bigEndianHeader + QByteArray(10'000'000 - bigEndianHeader.size(), 'x'));
 
-    TestOrigins::setReleaseApi(m_server.url(QString()));
-    TestOrigins::setStore(m_server.url(QString()));
+    TestOrigins::setReleaseApi(origin());
+    TestOrigins::setStore(origin());
 }
 
 QStringList ScriptedSites::asked() const

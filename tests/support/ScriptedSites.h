@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 namespace cartloom
 {
@@ -24,6 +25,12 @@ public:
 
     /// Whole answers by path; a path that is not here is not found. An answer that is empty never comes.
     std::map<QByteArray, QByteArray> answers;
+
+    /// Paths whose connection stays open after the answer, as if more were to come.
+    std::set<QByteArray> heldOpen;
+
+    /// What the sites are asked under.
+    [[nodiscard]] QUrl origin() const { return m_server.url(QString()); }
 
     /// Whether everyone who asked has gone.
     [[nodiscard]] bool isDeserted() const;
