@@ -9,9 +9,6 @@
 #include "platform/HttpSession.h"
 #include "platform/WorkFolder.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -30,7 +27,6 @@ constexpr auto userAgent =
 /// page's session, 60 seconds for the request itself.
 constexpr auto pageTimeout = 30s;
 constexpr auto fileTimeout = 60s;
-constexpr qsizetype longestQuote = 500;
 
 QNetworkRequest requestFor(const QUrl& url, std::chrono::milliseconds timeout)
 {
@@ -65,16 +61,6 @@ QUrl formAddress(const QString& uploadID)
     const auto address = parseUrl(text);
     if (!address)
         throw AppError(QStringLiteral("Could not build the download address."));
-    return *address;
-}
-
-QUrl linkIn(const QByteArray& reply)
-{
-    const QJsonValue link = QJsonDocument::fromJson(reply).object().value(QLatin1String("url"));
-    const auto address = link.isString() ? parseUrl(link.toString()) : std::nullopt;
-    if (!address)
-        throw AppError(QStringLiteral("Gamestall did not return a download link."),
-                       QString::fromUtf8(reply.left(longestQuote)));
     return *address;
 }
 

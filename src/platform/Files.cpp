@@ -3,6 +3,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -116,16 +117,15 @@ void tryRemove(const fs::path& path) noexcept
 QByteArray read(const fs::path& path, qint64 limit)
 {
     const auto source = FileDescriptor::openForReading(path);
-    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
-    qsizetype filled = 0;
-    while (filled < bytes.size()) {
-        const auto count =
-            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+    QByteArray bytes;
+    char block[16 * 1024];
+    while (bytes.size() < limit) {
+        const auto wanted = std::min<qint64>(limit - bytes.size(), sizeof block);
+        const auto count = source.readSome(block, static_cast<std::size_t>(wanted));
         if (count == 0)
             break;
-        filled += static_cast<qsizetype>(count);
+        bytes.append(block, static_cast<qsizetype>(count));
     }
-    bytes.truncate(filled);
     return bytes;
 }
 

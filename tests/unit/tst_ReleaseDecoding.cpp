@@ -85,7 +85,8 @@ private Q_SLOTS:
         QTest::newRow("address is a number")
             << release("{'name':'ares-macos.zip','size':1,'browser_download_url':1}");
         for (const char* const size : {"1.5", "'1'", "null", "true", "[]", "{}", "1e400",
-                                       "9223372036854775808", "-9223372036854777856", "1e30"})
+                                       "9223372036854775808", "-9223372036854775809", "-9223372036854776832",
+                                       "-9223372036854777856", "1e30"})
             QTest::addRow("size is %s", size) << release(asset("ares-macos.zip", size));
         QTest::newRow("nested deeply") << QByteArray(100'000, '[');
         QTest::newRow("nested deeply in an asset")
@@ -118,6 +119,7 @@ private Q_SLOTS:
         row("-9223372036854775808", std::numeric_limits<qint64>::min());
         row("1e3", 1000);
         row("80123456.0", 80'123'456);
+        row("8012345.6e1", 80'123'456);
     }
 
     void wholeNumbersAreSizes()
