@@ -87,6 +87,12 @@ void FaultTest::addRowForEachWait(const char* fault)
         QTest::addRow("%s: %s", fault, wait.name) << wait;
 }
 
+void FaultTest::addOnlyRow(const char* fault)
+{
+    QTest::addColumn<bool>("only");
+    QTest::newRow(fault) << true;
+}
+
 void FaultTest::arrangeFor(const Wait& wait)
 {
     if (wait.isForTheGame())
@@ -99,13 +105,12 @@ void FaultTest::arrangeFor(const Wait& wait)
 void FaultTest::serveFrom(const Wait& wait, const QUrl& origin)
 {
     const QByteArray path = wait.path;
-    QUrl address = origin;
-    address.setPath(QLatin1String(wait.path));
+    const QUrl address(origin.toString() + QLatin1String(wait.path));
     if (path == ScriptedSites::latest)
         TestOrigins::setReleaseApi(origin);
     else if (path == ScriptedSites::archive)
-        m_sites->answers[ScriptedSites::latest] =
-            httpAnswer(200, ScriptedSites::release("v147", 1000, address));
+        m_sites->answers[ScriptedSites::latest] = httpAnswer(
+            200, ScriptedSites::release("v147", m_sites->body(ScriptedSites::archive).size(), address));
     else if (path == ScriptedSites::page)
         TestOrigins::setStore(origin);
     else if (path == ScriptedSites::game)
@@ -179,6 +184,29 @@ void FaultTest::pressPlays()
                             QStringLiteral("Quillet64.z64"), QStringLiteral("ares-version.txt")};
     for (const auto& name : Sandbox::storage())
         QVERIFY2(known.contains(name), qPrintable(name));
+}
+
+Failure FaultTest::unusable(const Wait& wait, const QByteArray& body) const
+{
+    const QByteArray path = wait.path;
+    if (path == ScriptedSites::latest)
+        return {QStringLiteral("Could not read the Ares release list."),
+                QStringLiteral("illegal value (at byte %1)").arg(body.isEmpty() ? 0 : 1)};
+    if (path == ScriptedSites::archive)
+        return {QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.")
+                    .arg(body.size())
+                    .arg(m_sites->body(ScriptedSites::archive).size()),
+                {}};
+    if (path == ScriptedSites::page)
+        return {QStringLiteral("The Gamestall page has changed: the security token was not found."), {}};
+    if (path == ScriptedSites::form)
+        return {QStringLiteral("Gamestall did not return a download link."), QString::fromUtf8(body)};
+    return {QStringLiteral("That file is not the right size for a Nintendo 64 game (0 KB)."), {}};
+}
+
+void FaultTest::removeStorage()
+{
+    fs::remove_all(Paths::support());
 }
 
 void FaultTest::pressFailsWith(const Wait& wait, const Failure& failure)

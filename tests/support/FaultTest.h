@@ -27,6 +27,11 @@ struct Wait
     const char* path;
     const char* step;
 
+    /// Whether the answer goes to a file as it comes, whatever its length.
+    [[nodiscard]] bool isFile() const
+    {
+        return path == QByteArray(ScriptedSites::archive) || path == QByteArray(ScriptedSites::game);
+    }
     [[nodiscard]] bool isForTheGame() const
     {
         return QLatin1String(step) == QLatin1String("Getting the game");
@@ -52,6 +57,9 @@ protected:
     /// A row for each of the waits, with the wait as its value: "07 reset: emulator's download".
     static void addRowForEachWait(const char* fault);
 
+    /// One row, which gives the fault its number and name.
+    static void addOnlyRow(const char* fault);
+
     /// Installs what the wait is not for, so that a press comes to it.
     void arrangeFor(const Wait& wait);
 
@@ -76,9 +84,14 @@ protected:
     /// As nextPressPlays, with whatever the sites say now.
     void pressPlays();
 
+    /// How an answer with this body, which is not what was asked for, is told at a wait. To be called while
+    /// the sites' own answer is still there.
+    [[nodiscard]] Failure unusable(const Wait& wait, const QByteArray& body) const;
+
     /// A press at this wait fails in this way, changes nothing, and the next one plays.
     void pressFailsWith(const Wait& wait, const Failure& failure);
 
+    static void removeStorage();
     [[nodiscard]] std::filesystem::path temporary() const { return m_sandbox->root() / "tmp"; }
     [[nodiscard]] static QByteArray installedTag();
     [[nodiscard]] QString message() const { return m_model->errorMessage().value_or(QStringLiteral("none")); }

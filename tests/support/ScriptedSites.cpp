@@ -77,10 +77,10 @@ QByteArray ScriptedSites::link(const QUrl& address)
     return json({{QStringLiteral("url"), address.toString()}});
 }
 
-qsizetype ScriptedSites::bodySize(const char* path) const
+QByteArray ScriptedSites::body(const char* path) const
 {
     const QByteArray& answer = answers.at(path);
-    return answer.size() - answer.indexOf("\r\n\r\n") - 4;
+    return answer.mid(answer.indexOf("\r\n\r\n") + 4);
 }
 
 void ScriptedSites::mend()

@@ -34,8 +34,7 @@ public:
     /// The form's answer for a file.
     [[nodiscard]] static QByteArray link(const QUrl& address);
 
-    /// How long the body of an answer is.
-    [[nodiscard]] qsizetype bodySize(const char* path) const;
+    [[nodiscard]] QByteArray body(const char* path) const;
     [[nodiscard]] QUrl url(const char* path) const { return m_server.url(QLatin1String(path)); }
 
     /// Makes everything work again, whatever was changed.

@@ -121,25 +121,11 @@ private Q_SLOTS:
 
     void aLoginPageInPlaceOfTheAnswer()
     {
-        const QString damaged =
-            QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.");
-        const auto expected = m_sites->bodySize(ScriptedSites::archive);
-        const std::map<QByteArray, Failure> failures{
-            {ScriptedSites::latest,
-             {QStringLiteral("Could not read the Ares release list."),
-              QStringLiteral("illegal value (at byte 1)")}},
-            {ScriptedSites::archive, {damaged.arg(loginPage.size()).arg(expected), {}}},
-            {ScriptedSites::page,
-             {QStringLiteral("The Gamestall page has changed: the security token was not found."), {}}},
-            {ScriptedSites::form,
-             {QStringLiteral("Gamestall did not return a download link."), QString::fromUtf8(loginPage)}},
-            {ScriptedSites::game,
-             {QStringLiteral("That file is not the right size for a Nintendo 64 game (0 KB)."), {}}},
-        };
         QFETCH(const Wait, wait);
         arrangeFor(wait);
+        const Failure failure = unusable(wait, loginPage);
         m_sites->answers[wait.path] = httpAnswer(200, loginPage, {"Content-Type: text/html"});
-        pressFailsWith(wait, failures.at(wait.path));
+        pressFailsWith(wait, failure);
     }
 
     void aFailedAttemptIsForgotten_data() { addRowForEachWait("11 two failed attempts, then a good one"); }
