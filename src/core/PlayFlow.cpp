@@ -61,6 +61,7 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
     const QPointer<AppModel> self(this);
     QLatin1String step = gettingAresStep;
     try {
+        AresInstaller::recover();
         auto app = locateAres();
         if (!app && allowExternalOffer) {
             if (const auto found = AresInstaller::externalApp()) {

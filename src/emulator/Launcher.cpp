@@ -21,10 +21,10 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// A name with a separator would lead out of the bundle.
+/// What could lead out of the folder is no name.
 bool isFileName(const QString& name)
 {
-    return !name.contains(u'/') && name != QLatin1String("..") && name != QLatin1String(".");
+    return !name.contains(u'/') && !name.contains(QLatin1String("..")) && !name.contains(QChar::Null);
 }
 
 std::optional<std::filesystem::path> executable(const std::filesystem::path& app)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/Unpacking.h"
 
+#include "emulator/TreeInspection.h"
 #include "game/AppError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
@@ -56,9 +57,10 @@ void runTool(const ArchiveTool& tool)
 QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder)
 {
     const MainThreadPromise<void> end;
-    std::thread([end, tool = ArchiveTool::unpackZip(archive, folder)] {
+    std::thread([end, folder, tool = ArchiveTool::unpackZip(archive, folder)] {
         try {
             runTool(tool);
+            TreeInspection::inspect(folder);
             end.resolve();
         } catch (const std::exception&) {
             end.reject(std::current_exception());

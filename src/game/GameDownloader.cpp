@@ -106,6 +106,7 @@ QCoro::Task<std::filesystem::path> download(ProgressCallback progress, Cancellat
 {
     const QUrl link = co_await askForLink(token);
 
+    Paths::removeLeftovers();
     const WorkFolder workFolder(Paths::newWorkDir("download-game"));
     const auto request = requestFor(link, fileTimeout);
     FileDownloader downloader(workFolder.path() / Paths::gameFile().filename(), std::move(progress));

@@ -70,6 +70,12 @@ void createFolders(const fs::path& folder)
     fs::create_directories(folder);
 }
 
+void createNewFolder(const fs::path& folder)
+{
+    if (::mkdir(folder.c_str(), 0777) != 0)
+        throw lastSystemError();
+}
+
 void move(const fs::path& from, const fs::path& to)
 {
     requireFree(to);

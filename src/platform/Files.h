@@ -29,6 +29,9 @@ namespace cartloom::Files
 /// Makes the folder with its missing parents. A folder that exists is no failure.
 void createFolders(const std::filesystem::path& folder);
 
+/// Makes the folder in one that exists. Fails with EEXIST when anything stands there.
+void createNewFolder(const std::filesystem::path& folder);
+
 /// Renames within one volume. Fails with EEXIST when anything stands at the target, and leaves both as they
 /// were.
 void move(const std::filesystem::path& from, const std::filesystem::path& to);

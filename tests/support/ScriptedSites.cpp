@@ -46,7 +46,8 @@ ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteAr
         if (answer != answers.end() && answer->second.isEmpty())
             return;
         connection.send(answer != answers.end() ? answer->second : httpAnswer(404));
-        connection.close();
+        if (!heldOpen.contains(request.path))
+            connection.close();
     })
 {
     publish(packedRelease(scratch, tag), tag);
@@ -87,8 +88,9 @@ void ScriptedSites::mend()
 {
     answers = m_good;
     scripts.clear();
-    TestOrigins::setReleaseApi(m_server.url(QString()));
-    TestOrigins::setStore(m_server.url(QString()));
+    heldOpen.clear();
+    TestOrigins::setReleaseApi(origin());
+    TestOrigins::setStore(origin());
 }
 
 QStringList ScriptedSites::asked() const

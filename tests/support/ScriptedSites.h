@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 namespace cartloom
 {
@@ -42,6 +43,12 @@ public:
 
     [[nodiscard]] const std::vector<RawRequest>& requests() const { return m_server.requests(); }
     [[nodiscard]] const RawConnection& lastConnection() const { return *m_server.connections().back(); }
+
+    /// Paths whose connection stays open after the answer, as if more were to come.
+    std::set<QByteArray> heldOpen;
+
+    /// What the sites are asked under.
+    [[nodiscard]] QUrl origin() const { return m_server.url(QString()); }
 
     /// Whether everyone who asked has gone.
     [[nodiscard]] bool isDeserted() const;

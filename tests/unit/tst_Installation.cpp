@@ -151,7 +151,8 @@ private Q_SLOTS:
                  QStringLiteral("Could not unpack Ares. The download may be damaged."));
         QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
         QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
-        QVERIFY(!fs::exists(Paths::aresOld()));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
 
     void anUpdateKeepsTheCopyBeforeIt()
@@ -181,24 +182,98 @@ private Q_SLOTS:
         QVERIFY(!fs::exists(Paths::aresNew()));
     }
 
-    void aKeptCopyThatCannotBeRemovedLeavesTheInstalledOneUntouchedAndTheNewOneAside()
+    void aKeptCopyThatCannotBeRemovedIsOutOfTheWayAllTheSame()
     {
         install(makeRelease(QStringLiteral("v146")));
         install(makeRelease(QStringLiteral("v147")));
         const auto release = makeRelease(QStringLiteral("v148"));
-        const auto locked = Paths::aresOld() / "ares.app/Contents";
         m_sandbox->giveToEveryone();
-        fs::permissions(locked, fs::perms::none);
+        fs::permissions(Paths::aresOld() / "ares.app/Contents", fs::perms::none);
+        {
+            const Unprivileged unprivileged;
+            install(release);
+        }
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v147"));
+        QCOMPARE(Sandbox::storage().size(), 4);
+        AresInstaller::discardOldCopy();
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void aKeptCopyWithoutAnInstalledOneIsNotGivenUp()
+    {
+        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
+        install(makeRelease(QStringLiteral("v147")));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
+    }
+
+    void aReleaseIsNeverMixedWithWhatIsLeftOfAnother()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs a second user");
+        install(makeRelease(QStringLiteral("v146")));
+        const auto release = makeRelease(QStringLiteral("v147"));
+        writeFile(Paths::aresNew(), "of another user");
+        fs::permissions(Paths::support(), fs::perms::all | fs::perms::sticky_bit);
+        m_sandbox->openToEveryone();
+        for (const auto& folder : {m_sandbox->home(), m_sandbox->home() / "data", m_sandbox->scratch()})
+            fs::permissions(folder, fs::perms::all);
         std::optional<std::system_error> failure;
         {
             const Unprivileged unprivileged;
             failure = installFailure<std::system_error>(release);
         }
-        fs::permissions(locked, fs::perms::owner_all);
         QCOMPARE(failure.value().code().value(), EEXIST);
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(tagOf(Paths::aresNew()), QByteArray("v148"));
-        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(readFile(Paths::aresNew()), QByteArray("of another user"));
+    }
+
+    void aTreeThatMayNotBeUsedIsRefusedAndGivesItsRoomBack()
+    {
+        install(makeRelease(QStringLiteral("v146")));
+        const auto tree = m_sandbox->scratch() / "tree-v147";
+        makeAresApp(tree);
+        fs::create_symlink("../../../Cartloom.conf", tree / "ares.app/Contents/evil");
+        const auto failure = installFailure<AppError>(packRelease(QStringLiteral("v147"), tree)).value();
+        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure.details,
+                 QStringLiteral("ares.app/Contents/evil: a link that leads out of the folder"));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void specialBitsOfAnArchiveAreNotInstalled()
+    {
+        const auto tree = m_sandbox->scratch() / "tree-v147";
+        const auto program = makeAresApp(tree) / "Contents/MacOS/ares";
+        fs::permissions(program, fs::perms::set_uid | fs::perms::set_gid, fs::perm_options::add);
+        install(packRelease(QStringLiteral("v147"), tree));
+        const auto installed = fs::status(Paths::ares() / "ares.app/Contents/MacOS/ares").permissions();
+        QVERIFY((installed & (fs::perms::set_uid | fs::perms::set_gid)) == fs::perms::none);
+        QVERIFY((installed & fs::perms::owner_exec) != fs::perms::none);
+    }
+
+    void anArchiveWithNothingInItHasNoEmulator()
+    {
+        // The end of a zip archive, without any entry before it.
+        writeFile(archive(), QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0'));
+        const AresRelease release{QStringLiteral("v147"), QStringLiteral("ares-macos.zip"),
+                                  QUrl::fromLocalFile(toText(archive())), 22};
+        QCOMPARE(installFailure<AppError>(release).value().message,
+                 QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void whatARunThatWasCutOffHasLeftGoesWithTheNextInstallation()
+    {
+        writeFile(Paths::newWorkDir("download-ares") / "ares.zip", "half");
+        writeFile(Paths::newWorkDir("download-game") / "Quillet64.z64", "half");
+        install(makeRelease(QStringLiteral("v147")));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
 
     void aTagThatCannotBeRecordedIsNoFailure()
@@ -272,6 +347,23 @@ private Q_SLOTS:
         writeFile(Paths::aresOld() / "ares.app/tag", "v147");
         QVERIFY(!AresInstaller::rollback());
         QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares-old")});
+    }
+
+    void aKeptCopyWithoutAnInstalledOneIsPutBack()
+    {
+        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
+        AresInstaller::recover();
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares")});
+    }
+
+    void aKeptCopyBesideAnInstalledOneStaysTheKeptOne()
+    {
+        writeFile(Paths::ares() / "ares.app/tag", "v147");
+        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
+        AresInstaller::recover();
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
     }
 
     void theRecordedTagIsReadWithoutWhiteSpaceAroundIt_data()

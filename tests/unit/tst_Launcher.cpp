@@ -186,12 +186,18 @@ private Q_SLOTS:
         QTest::newRow("absolute") << QByteArray("/bin/true");
         QTest::newRow("below") << QByteArray("folder/ares");
         QTest::newRow("the parent folder itself") << QByteArray("..");
+        QTest::newRow("the folder itself") << QByteArray(".");
+        QTest::newRow("76 two dots anywhere") << QByteArray("ares..");
     }
 
     void aProgramNameNeverLeadsOutOfTheBundle()
     {
         QFETCH(const QByteArray, name);
-        fs::copy_file(m_app / "Contents/MacOS/ares", m_sandbox->scratch() / "outside");
+        const auto program = m_app / "Contents/MacOS/ares";
+        fs::copy_file(program, m_sandbox->scratch() / "outside");
+        fs::create_directories(m_app / "Contents/MacOS/folder");
+        fs::copy_file(program, m_app / "Contents/MacOS/folder/ares");
+        fs::copy_file(program, m_app / "Contents/MacOS/ares..");
         replacePropertyList("<key>CFBundleExecutable</key><string>" + name + "</string>");
         QVERIFY(launchFailure().has_value());
     }
