@@ -3,6 +3,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -29,6 +30,21 @@ void requireFree(const fs::path& path)
 {
     if (isTaken(path))
         throw std::system_error(EEXIST, std::generic_category());
+}
+
+QByteArray readFrom(const FileDescriptor& source, qint64 limit)
+{
+    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < bytes.size()) {
+        const auto count =
+            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+        if (count == 0)
+            break;
+        filled += static_cast<qsizetype>(count);
+    }
+    bytes.truncate(filled);
+    return bytes;
 }
 
 } // namespace
@@ -115,18 +131,16 @@ void tryRemove(const fs::path& path) noexcept
 
 QByteArray read(const fs::path& path, qint64 limit)
 {
+    return readFrom(FileDescriptor::openForReading(path), limit);
+}
+
+QByteArray readEnd(const fs::path& path, qint64 limit)
+{
     const auto source = FileDescriptor::openForReading(path);
-    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
-    qsizetype filled = 0;
-    while (filled < bytes.size()) {
-        const auto count =
-            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
-        if (count == 0)
-            break;
-        filled += static_cast<qsizetype>(count);
-    }
-    bytes.truncate(filled);
-    return bytes;
+    const off_t start = std::max<qint64>(size(path) - limit, 0);
+    if (::lseek(source.get(), start, SEEK_SET) != start)
+        throw lastSystemError();
+    return readFrom(source, limit);
 }
 
 void writeAtomically(const fs::path& path, const QByteArray& bytes)

@@ -4,6 +4,7 @@
 #include "core/Paths.h"
 #include "platform/Text.h"
 #include "support/AresBundle.h"
+#include "support/EventLoopWait.h"
 #include "support/Snapshot.h"
 #include "support/TestOrigins.h"
 
@@ -135,7 +136,7 @@ void FaultTest::update()
 {
     remember();
     m_model->checkForUpdate();
-    QTRY_VERIFY(m_model->updateOffer().has_value());
+    QVERIFY(comesTrue([this] { return m_model->updateOffer().has_value(); }));
     m_model->installUpdate(*m_model->updateOffer());
     QVERIFY(comesToRest());
 }
@@ -230,7 +231,7 @@ QStringList FaultTest::everyFile() const
     lines.removeIf([&](const QString& line) {
         return storage.startsWith(line.section(QStringLiteral(": folder"), 0, 0));
     });
-    return lines;
+    return lines + snapshotOf(outside());
 }
 
 void FaultTest::init()
@@ -238,6 +239,7 @@ void FaultTest::init()
     FlowTest::init();
     m_formerTemporary = qgetenv("TMPDIR");
     fs::create_directories(temporary());
+    writeFile(outside() / "secret", "nobody's business");
     qputenv("TMPDIR", QByteArray::fromStdString(temporary().native()));
 }
 

@@ -92,6 +92,8 @@ protected:
     void pressFailsWith(const Wait& wait, const Failure& failure);
 
     static void removeStorage();
+    /// A folder with a file that nothing must touch, beside the home.
+    [[nodiscard]] std::filesystem::path outside() const { return m_sandbox->scratch() / "outside"; }
     [[nodiscard]] std::filesystem::path temporary() const { return m_sandbox->root() / "tmp"; }
     [[nodiscard]] static QByteArray installedTag();
     [[nodiscard]] QString message() const { return m_model->errorMessage().value_or(QStringLiteral("none")); }
