@@ -32,6 +32,21 @@ void requireFree(const fs::path& path)
         throw std::system_error(EEXIST, std::generic_category());
 }
 
+QByteArray readFrom(const FileDescriptor& source, qint64 limit)
+{
+    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < bytes.size()) {
+        const auto count =
+            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+        if (count == 0)
+            break;
+        filled += static_cast<qsizetype>(count);
+    }
+    bytes.truncate(filled);
+    return bytes;
+}
+
 } // namespace
 
 bool exists(const fs::path& path) noexcept
@@ -116,17 +131,16 @@ void tryRemove(const fs::path& path) noexcept
 
 QByteArray read(const fs::path& path, qint64 limit)
 {
+    return readFrom(FileDescriptor::openForReading(path), limit);
+}
+
+QByteArray readEnd(const fs::path& path, qint64 limit)
+{
     const auto source = FileDescriptor::openForReading(path);
-    QByteArray bytes;
-    char block[16 * 1024];
-    while (bytes.size() < limit) {
-        const auto wanted = std::min<qint64>(limit - bytes.size(), sizeof block);
-        const auto count = source.readSome(block, static_cast<std::size_t>(wanted));
-        if (count == 0)
-            break;
-        bytes.append(block, static_cast<qsizetype>(count));
-    }
-    return bytes;
+    const off_t start = std::max<qint64>(size(path) - limit, 0);
+    if (::lseek(source.get(), start, SEEK_SET) != start)
+        throw lastSystemError();
+    return readFrom(source, limit);
 }
 
 void writeAtomically(const fs::path& path, const QByteArray& bytes)

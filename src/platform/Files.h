@@ -52,6 +52,9 @@ void tryRemove(const std::filesystem::path& path) noexcept;
 /// At most the first limit bytes of the file, fewer where it ends before.
 [[nodiscard]] QByteArray read(const std::filesystem::path& path, qint64 limit);
 
+/// At most the last limit bytes of the file, fewer where it is shorter.
+[[nodiscard]] QByteArray readEnd(const std::filesystem::path& path, qint64 limit);
+
 /// Writes the file whole: to a temporary file beside it, which then replaces it.
 void writeAtomically(const std::filesystem::path& path, const QByteArray& bytes);
 

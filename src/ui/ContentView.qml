@@ -133,28 +133,28 @@ Rectangle {
         model: page.model
     }
 
-    LazyLoader {
+    OverlayLoader {
         objectName: "externalOfferAlert"
         component: "ExternalOfferAlert"
         wanted: page.model.offerExternal !== undefined
         properties: ({ model: page.model })
     }
 
-    LazyLoader {
+    OverlayLoader {
         objectName: "updateAlert"
         component: "UpdateAlert"
         wanted: page.model.updateOffer !== undefined
         properties: ({ model: page.model })
     }
 
-    LazyLoader {
+    OverlayLoader {
         objectName: "resetAlert"
         component: "ResetAlert"
         wanted: page.model.confirmReset
         properties: ({ model: page.model })
     }
 
-    LazyLoader {
+    OverlayLoader {
         objectName: "aboutView"
         component: "AboutView"
         wanted: page.showAbout

@@ -38,6 +38,10 @@ QByteArray json(const QJsonObject& object)
 
 ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteArray& tag)
     : m_server([this](RawConnection& connection, const RawRequest& request) {
+        if (const auto script = scripts.find(request.path); script != scripts.end()) {
+            script->second(connection, request);
+            return;
+        }
         const auto answer = answers.find(request.path);
         if (answer != answers.end() && answer->second.isEmpty())
             return;
@@ -46,27 +50,47 @@ ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteAr
             connection.close();
     })
 {
-    const QJsonObject link{{QStringLiteral("url"), m_server.url(QLatin1String(game)).toString()}};
-
-    offer(tag, packedRelease(scratch, tag));
+    publish(packedRelease(scratch, tag), tag);
     answers[page] = httpAnswer(200, storePage);
-    answers[form] = httpAnswer(200, json(link));
+    answers[form] = httpAnswer(200, link(url(game)));
     answers[game] = httpAnswer(200, bigEndianHeader + QByteArray(10'000'000 - bigEndianHeader.size(), 'x'));
-
-    TestOrigins::setReleaseApi(origin());
-    TestOrigins::setStore(origin());
+    m_good = answers;
+    mend();
 }
 
-void ScriptedSites::offer(const QByteArray& tag, const QByteArray& zip)
+void ScriptedSites::publish(const QByteArray& zip, const QByteArray& tag)
 {
-    const QJsonObject asset{
-        {QStringLiteral("name"), QStringLiteral("ares-macos-universal.zip")},
-        {QStringLiteral("size"), zip.size()},
-        {QStringLiteral("browser_download_url"), m_server.url(QLatin1String(archive)).toString()}};
-    const QJsonObject release{{QStringLiteral("tag_name"), QString::fromUtf8(tag)},
-                              {QStringLiteral("assets"), QJsonArray{asset}}};
-    answers[latest] = httpAnswer(200, json(release));
     answers[archive] = httpAnswer(200, zip);
+    answers[latest] = httpAnswer(200, release(tag, zip.size(), url(archive)));
+}
+
+QByteArray ScriptedSites::release(const QByteArray& tag, qint64 size, const QUrl& address)
+{
+    const QJsonObject asset{{QStringLiteral("name"), QStringLiteral("ares-macos-universal.zip")},
+                            {QStringLiteral("size"), size},
+                            {QStringLiteral("browser_download_url"), address.toString()}};
+    return json({{QStringLiteral("tag_name"), QString::fromUtf8(tag)},
+                 {QStringLiteral("assets"), QJsonArray{asset}}});
+}
+
+QByteArray ScriptedSites::link(const QUrl& address)
+{
+    return json({{QStringLiteral("url"), address.toString()}});
+}
+
+QByteArray ScriptedSites::body(const char* path) const
+{
+    const QByteArray& answer = answers.at(path);
+    return answer.mid(answer.indexOf("\r\n\r\n") + 4);
+}
+
+void ScriptedSites::mend()
+{
+    answers = m_good;
+    scripts.clear();
+    heldOpen.clear();
+    TestOrigins::setReleaseApi(origin());
+    TestOrigins::setStore(origin());
 }
 
 QStringList ScriptedSites::asked() const

@@ -69,7 +69,7 @@ void InterruptedTest::initTestCase()
 
     m_sites = std::make_unique<ScriptedSites>(scratch);
     zipFolder(whole("v147"), scratch / "marked.zip");
-    m_sites->offer("v147", readFile(scratch / "marked.zip"));
+    m_sites->publish(readFile(scratch / "marked.zip"), "v147");
 }
 
 void InterruptedTest::cleanupTestCase()
