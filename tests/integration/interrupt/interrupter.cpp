@@ -20,7 +20,6 @@
 #include <string>
 #include <type_traits>
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <fnmatch.h>
@@ -131,9 +130,11 @@ bool isInterrupted(const char* kind, const std::string& path, const std::string&
     return true;
 }
 
-bool writes(int flags)
+bool isOpenInterrupted(int folder, const char* path, int flags)
 {
-    return (flags & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0;
+    if ((flags & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0)
+        return isInterrupted("open", at(folder, path));
+    return (flags & O_DIRECTORY) != 0 && isInterrupted("list", at(folder, path));
 }
 
 bool writes(const char* mode)
@@ -168,17 +169,15 @@ constexpr Result failure()
 
 // The mode is passed on whether it was given or not; registers hold whatever they hold.
 WRAP_64(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode),
-        writes(flags) && isInterrupted("open", at(AT_FDCWD, path)))
+        isOpenInterrupted(AT_FDCWD, path, flags))
 WRAP_64(int, openat, (int folder, const char* path, int flags, mode_t mode), (folder, path, flags, mode),
-        writes(flags) && isInterrupted("open", at(folder, path)))
-WRAP(int, __open_2, (const char* path, int flags), (path, flags),
-     writes(flags) && isInterrupted("open", at(AT_FDCWD, path)))
-WRAP(int, __open64_2, (const char* path, int flags), (path, flags),
-     writes(flags) && isInterrupted("open", at(AT_FDCWD, path)))
+        isOpenInterrupted(folder, path, flags))
+WRAP(int, __open_2, (const char* path, int flags), (path, flags), isOpenInterrupted(AT_FDCWD, path, flags))
+WRAP(int, __open64_2, (const char* path, int flags), (path, flags), isOpenInterrupted(AT_FDCWD, path, flags))
 WRAP(int, __openat_2, (int folder, const char* path, int flags), (folder, path, flags),
-     writes(flags) && isInterrupted("open", at(folder, path)))
+     isOpenInterrupted(folder, path, flags))
 WRAP(int, __openat64_2, (int folder, const char* path, int flags), (folder, path, flags),
-     writes(flags) && isInterrupted("open", at(folder, path)))
+     isOpenInterrupted(folder, path, flags))
 WRAP_64(int, creat, (const char* path, mode_t mode), (path, mode), isInterrupted("open", at(AT_FDCWD, path)))
 WRAP_64(FILE*, fopen, (const char* path, const char* mode), (path, mode),
         writes(mode) && isInterrupted("open", at(AT_FDCWD, path)))
@@ -236,7 +235,7 @@ WRAP(int, mknodat, (int folder, const char* path, mode_t mode, dev_t device), (f
 WRAP(int, mkfifo, (const char* path, mode_t mode), (path, mode), isInterrupted("mknod", at(AT_FDCWD, path)))
 
 WRAP(int, chmod, (const char* path, mode_t mode), (path, mode), isInterrupted("chmod", at(AT_FDCWD, path)))
-WRAP(int, lchmod, (const char* path, mode_t mode), (path, mode), isInterrupted("chmod", at(AT_FDCWD, path)))
+WRAP(int, lchmod, (const char* path, mode_t mode), (path, mode), isInterrupted("lchmod", at(AT_FDCWD, path)))
 WRAP(int, fchmod, (int file, mode_t mode), (file, mode), isInterrupted("chmod", at(file)))
 WRAP(int, fchmodat, (int folder, const char* path, mode_t mode, int flags), (folder, path, mode, flags),
      isInterrupted("chmod", at(folder, path)))
@@ -257,5 +256,3 @@ WRAP(int, futimes, (int file, const timeval* times), (file, times), isInterrupte
 WRAP(int, futimens, (int file, const timespec* times), (file, times), isInterrupted("times", at(file)))
 WRAP(int, utimensat, (int folder, const char* path, const timespec* times, int flags),
      (folder, path, times, flags), isInterrupted("times", at(folder, path)))
-
-WRAP(DIR*, opendir, (const char* path), (path), isInterrupted("list", at(AT_FDCWD, path)))
