@@ -119,7 +119,7 @@ PageCase {
                 keyClick(row.key);
             else
                 mouseClick(about("closeAbout"));
-            tryVerify(() => !popup("aboutView").visible);
+            tryVerify(() => !popup("aboutView")?.visible);
             verify(!page.showAbout);
         }
     }
@@ -129,7 +129,7 @@ PageCase {
         mouseClick(about("licenceText"), 10, 10);
         verify(about("licenceText").activeFocus);
         keyClick(Qt.Key_Return);
-        tryVerify(() => !popup("aboutView").visible);
+        tryVerify(() => !popup("aboutView")?.visible);
     }
 
     function test_theLicenceCanBeSelectedAndCopied() {

@@ -66,7 +66,7 @@ PageCase {
             mouseClick(alertButton("Not now", "updateAlert"));
         compare(model.updateOffer, undefined);
         verify(!probe.hasTask());
-        tryVerify(() => !popup("updateAlert").visible);
+        tryVerify(() => !popup("updateAlert")?.visible);
     }
 
     function test_wordsAndButtonsOfTheReset() {
@@ -83,7 +83,7 @@ PageCase {
         mouseClick(alertButton("Delete", "resetAlert"));
         verify(!model.confirmReset);
         compare(model.notice, "Everything was deleted. The next click downloads it again.");
-        tryVerify(() => !popup("resetAlert").visible);
+        tryVerify(() => !popup("resetAlert")?.visible);
     }
 
     function test_noKeyThatIsPressedAtOnceDeletes_data() {
