@@ -44,8 +44,8 @@ public:
     [[nodiscard]] bool isOpen() const { return static_cast<bool>(m_confirmed); }
     [[nodiscard]] const QString& title() const { return m_request.title; }
     [[nodiscard]] const QString& message() const { return m_request.message; }
-    /// The extensions that can be chosen, as the file dialogs of Qt want them: one filter that bears the message
-    /// as its name; none when all files can be chosen.
+    /// The extensions that can be chosen, as the file dialogs of Qt want them: one filter that bears the
+    /// message as its name; none when all files can be chosen.
     [[nodiscard]] QStringList nameFilters() const;
 
     /// The player has chosen; an address that is no local file counts as no choice.
