@@ -80,6 +80,12 @@ const Orders& orders()
     return *theOnes;
 }
 
+/// Before the program does anything of its own.
+[[gnu::constructor]] void takeOrders()
+{
+    orders();
+}
+
 std::string linkTarget(const std::string& link)
 {
     char target[PATH_MAX];
