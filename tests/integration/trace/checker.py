@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""checker.py WORK_FOLDER: whether the first play traced there did what a first play needs and nothing else."""
+"""checker.py WORK_FOLDER: whether the first play traced there did what it needs and nothing else."""
 
 import os
 import pathlib
@@ -60,7 +60,7 @@ def complaints_about(work):
     for name in ("Ares", "ares-version.txt", "Quillet64.z64"):
         if f"{work}/home/data/Quillet64 Player/{name}" not in changed:
             complaints.append(f"{name} was not seen to be written")
-    print(f"{len(threads)} threads, {len(changed)} paths written, {connections} connections, {requests} requests")
+    print(f"{len(threads)} threads, {len(changed)} paths, {connections} connections, {requests} requests")
     return complaints
 
 

@@ -61,7 +61,8 @@ class Network(unittest.TestCase):
         self.assertEqual(thread(self.LINE % (53, "9.9.9.9")).reached, [("53", "9.9.9.9")])
         line = (
             'sendto(3<socket:[7]>, "x", 1, 0, {sa_family=AF_INET6, sin6_port=htons(443), '
-            'sin6_flowinfo=htonl(0), inet_pton(AF_INET6, "2001:db8::1", &sin6_addr), sin6_scope_id=0}, 28) = 1'
+            'sin6_flowinfo=htonl(0), inet_pton(AF_INET6, "2001:db8::1", &sin6_addr), '
+            "sin6_scope_id=0}, 28) = 1"
         )
         self.assertEqual(thread(line).reached, [("443", "2001:db8::1")])
 
