@@ -46,23 +46,27 @@ ScriptedSites::ScriptedSites(const std::filesystem::path& scratch, const QByteAr
             connection.close();
     })
 {
-    const QByteArray zip = packedRelease(scratch, tag);
-    const QJsonObject asset{
-        {QStringLiteral("name"), QStringLiteral("ares-macos-universal.zip")},
-        {QStringLiteral("size"), zip.size()},
-        {QStringLiteral("browser_download_url"), m_server.url(QLatin1String(archive)).toString()}};
-    const QJsonObject release{{QStringLiteral("tag_name"), QString::fromUtf8(tag)},
-                              {QStringLiteral("assets"), QJsonArray{asset}}};
     const QJsonObject link{{QStringLiteral("url"), m_server.url(QLatin1String(game)).toString()}};
 
-    answers[latest] = httpAnswer(200, json(release));
-    answers[archive] = httpAnswer(200, zip);
+    offer(tag, packedRelease(scratch, tag));
     answers[page] = httpAnswer(200, storePage);
     answers[form] = httpAnswer(200, json(link));
     answers[game] = httpAnswer(200, bigEndianHeader + QByteArray(10'000'000 - bigEndianHeader.size(), 'x'));
 
     TestOrigins::setReleaseApi(origin());
     TestOrigins::setStore(origin());
+}
+
+void ScriptedSites::offer(const QByteArray& tag, const QByteArray& zip)
+{
+    const QJsonObject asset{
+        {QStringLiteral("name"), QStringLiteral("ares-macos-universal.zip")},
+        {QStringLiteral("size"), zip.size()},
+        {QStringLiteral("browser_download_url"), m_server.url(QLatin1String(archive)).toString()}};
+    const QJsonObject release{{QStringLiteral("tag_name"), QString::fromUtf8(tag)},
+                              {QStringLiteral("assets"), QJsonArray{asset}}};
+    answers[latest] = httpAnswer(200, json(release));
+    answers[archive] = httpAnswer(200, zip);
 }
 
 QStringList ScriptedSites::asked() const

@@ -23,6 +23,9 @@ public:
 
     explicit ScriptedSites(const std::filesystem::path& scratch, const QByteArray& tag = "v147");
 
+    /// Makes this archive the newest release.
+    void offer(const QByteArray& tag, const QByteArray& zip);
+
     /// Whole answers by path; a path that is not here is not found. An answer that is empty never comes.
     std::map<QByteArray, QByteArray> answers;
 

@@ -41,7 +41,7 @@ MEMORY = {"mmap": 2, "mprotect": 2, "pkey_mprotect": 2}
 
 
 class Permitted:
-    """Trees and paths that may be written, and patterns of the names of files and of this machine's sockets."""
+    """Trees and paths that may be written, and patterns of names: of files, and of this machine's sockets."""
 
     def __init__(self, trees, paths, patterns):
         self.trees, self.paths, self.patterns = trees, set(paths), patterns
