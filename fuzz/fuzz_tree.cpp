@@ -5,12 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,7 +62,7 @@ public:
     {
         fs::create_directory(top());
         m_folders.push_back(top());
-        constexpr int mostEntries = 16;
+        constexpr int mostEntries = 12;
         while (!choices.isAtEnd() && m_entries < mostEntries)
             addTo(m_folders[choices.below(m_folders.size())] / names[choices.below(names.size())], choices);
     }
@@ -138,8 +137,15 @@ private:
 /// Where the system arrives by a path; nothing when it leads nowhere.
 std::optional<std::string> realPath(const fs::path& path)
 {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::optional<std::string>(real.get()) : std::nullopt;
+    const int place = ::open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (place < 0)
+        return std::nullopt;
+    std::array<char, 4096> name{};
+    const auto length =
+        ::readlink(("/proc/self/fd/" + std::to_string(place)).c_str(), name.data(), name.size());
+    ::close(place);
+    require(length > 0, "the system tells where a path arrives");
+    return std::string(name.data(), static_cast<std::size_t>(length));
 }
 
 void checkAccepted(const Tree& tree, const TreeInspection::Bounds& bounds)

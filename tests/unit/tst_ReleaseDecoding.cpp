@@ -84,9 +84,9 @@ private Q_SLOTS:
         QTest::newRow("another asset is broken") << release(asset("ares-macos.zip") + ",{}");
         QTest::newRow("address is a number")
             << release("{'name':'ares-macos.zip','size':1,'browser_download_url':1}");
-        for (const char* const size : {"1.5", "'1'", "null", "true", "[]", "{}", "1e400",
-                                       "9223372036854775808", "-9223372036854775809", "-9223372036854776832",
-                                       "-9223372036854777856", "1e30"})
+        for (const char* const size :
+             {"1.5", "'1'", "null", "true", "[]", "{}", "1e400", "9223372036854775808",
+              "-9223372036854775809", "-9223372036854776832", "-9223372036854777856", "1e30"})
             QTest::addRow("size is %s", size) << release(asset("ares-macos.zip", size));
         QTest::newRow("nested deeply") << QByteArray(100'000, '[');
         QTest::newRow("nested deeply in an asset")
