@@ -141,6 +141,18 @@ void FaultTest::update()
     QVERIFY(comesToRest());
 }
 
+void FaultTest::chooseGameFile(const fs::path& file)
+{
+    m_model->chooseExistingGameFile();
+    m_model->openPanel()->confirm(QUrl::fromLocalFile(toText(file)));
+}
+
+void FaultTest::chooseROM(const fs::path& file)
+{
+    m_model->openROM();
+    m_model->openPanel()->confirm(QUrl::fromLocalFile(toText(file)));
+}
+
 void FaultTest::isAtRestWithoutTraces(const QString& known)
 {
     QCOMPARE(m_model->stage(), AppModel::Stage::idle);

@@ -74,8 +74,10 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        FaultTest::cleanup();
+        m_recorder.reset();
+        m_model.reset();
         m_volume.reset();
+        FaultTest::cleanup();
     }
 
     void theFirstInstallation_data() { addRows("first installation", 0, 256, 16); }
@@ -128,11 +130,11 @@ private Q_SLOTS:
         writeSparse(source, bigEndianHeader, 10'000'000);
         fill();
         remember();
-        m_model->addGameFile(source);
+        chooseGameFile(source);
         const bool hasFailed = failed("Adding the game file");
         failsUnlessThereIsEnough(hasFailed);
         if (hasFailed)
-            m_model->addGameFile(source);
+            chooseGameFile(source);
         QCOMPARE(m_model->notice(), QStringLiteral("Game file added. Press the button to play."));
         pressPlays();
     }
