@@ -166,6 +166,19 @@ private Q_SLOTS:
         nothingChanged();
         m_model->reset();
         nextPressPlays();
+
+        // As an update it must not take the place of one that plays, unless the player can let it start.
+        m_sites->publish(zip, "v148");
+        update();
+        m_model->play();
+        QVERIFY(comesToRest());
+        shows(failure);
+        QCOMPARE(fs::exists(Paths::aresOld()), isFound);
+        if (isFound)
+            m_model->reset();
+        m_sites->mend();
+        pressPlays();
+        QCOMPARE(installedTag(), QByteArray("v147"));
     }
 };
 
