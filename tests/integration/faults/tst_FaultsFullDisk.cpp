@@ -139,6 +139,25 @@ private Q_SLOTS:
         pressPlays();
     }
 
+    void anImportOverTheSavedGame_data() { addOnlyRow("49 import over the saved game: no room"); }
+
+    /// The saved game makes room for the new one before that is there; the next press fetches it again.
+    void anImportOverTheSavedGame()
+    {
+        installAres();
+        saveGame();
+        restart();
+        const auto source = m_sandbox->scratch() / "source.z64";
+        writeSparse(source, bigEndianHeader, 10'000'000);
+        m_volume->leaveRoomFor(0);
+        chooseGameFile(source);
+        shows({full, QStringLiteral("Adding the game file\nNSPOSIXErrorDomain 28\nNo space left on device")});
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+        m_volume->leaveRoomFor(plenty);
+        nextPressPlays();
+    }
+
     void noFurtherEntry_data()
     {
         QTest::addColumn<int>("entries");
