@@ -174,6 +174,9 @@ void AppModel::failFlow(const std::exception& error, QLatin1String step)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
         showError(shown);
+        // An update without a program in it must not stand in the way of the copy that had one.
+        if (step == startingAresStep && !refusedBySystem && !usingExternalAres())
+            AresInstaller::rollback();
     }
     refreshState();
 }

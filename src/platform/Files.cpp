@@ -106,8 +106,14 @@ void copy(const fs::path& from, const fs::path& to)
     const auto source = FileDescriptor::openForReading(from);
     TemporaryFile temporary(to);
     const auto block = std::make_unique<char[]>(blockSize);
-    while (const auto count = source.readSome(block.get(), blockSize))
+    const qint64 expected = size(from);
+    qint64 copied = 0;
+    while (const auto count = source.readSome(block.get(), blockSize)) {
         temporary.descriptor().writeAll(block.get(), count);
+        copied += static_cast<qint64>(count);
+    }
+    if (copied != expected)
+        throw std::system_error(EBUSY, std::generic_category());
     move(temporary.path(), to);
     temporary.release();
 }

@@ -37,7 +37,7 @@ void createNewFolder(const std::filesystem::path& folder);
 void move(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Copies one file's bytes. Fails with EEXIST when anything stands at the target. The target appears whole or
-/// not at all.
+/// not at all. Fails with EBUSY when the file changes its length meanwhile.
 void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Removes the file, link or folder with all that is in it. Fails with ENOENT when nothing stands there.

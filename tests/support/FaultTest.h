@@ -72,8 +72,13 @@ protected:
     void press();
     /// Takes it down, looks for a newer emulator, installs it and waits for the end.
     void update();
-    /// Whether the program is at rest, after an update or a press, with nothing under way.
-    void isAtRestWithoutTraces();
+    /// Chooses a file in the panel for the game file.
+    void chooseGameFile(const std::filesystem::path& file);
+    /// Chooses a file in the panel for any ROM.
+    void chooseROM(const std::filesystem::path& file);
+
+    /// Checks that nothing is under way and that no work folder is left, but for one that is known of.
+    void isAtRestWithoutTraces(const QString& known = {});
 
     /// Checks that the model rests and shows this failure and nothing else.
     void shows(const Failure& failure, bool ofTheGameDownload = false);

@@ -20,13 +20,19 @@ namespace
 constexpr auto storePage = R"(<form><input type="hidden" name="csrf_token" value="token"></form>
 <div>Quillet64.z64</div><a data-upload_id="42">Download</a>)";
 
-QByteArray packedRelease(const std::filesystem::path& scratch, const QByteArray& tag)
+/// Packed once for all cases of a test.
+const QByteArray& packedRelease(const std::filesystem::path& scratch, const QByteArray& tag)
 {
-    const auto tree = scratch / ("release-" + tag.toStdString());
-    writeFile(makeAresApp(tree) / "tag", tag);
-    const auto archive = scratch / "release.zip";
-    zipFolder(tree, archive);
-    return readFile(archive);
+    static std::map<QByteArray, QByteArray> packed;
+    QByteArray& zip = packed[tag];
+    if (zip.isEmpty()) {
+        const auto tree = scratch / ("release-" + tag.toStdString());
+        writeFile(makeAresApp(tree) / "tag", tag);
+        const auto archive = scratch / "release.zip";
+        zipFolder(tree, archive);
+        zip = readFile(archive);
+    }
+    return zip;
 }
 
 QByteArray json(const QJsonObject& object)

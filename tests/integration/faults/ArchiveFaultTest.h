@@ -13,8 +13,7 @@ namespace cartloom
 class ArchiveFaultTest : public FaultTest
 {
 protected:
-    static inline const auto damaged =
-        QStringLiteral("Could not unpack Ares. The download may be damaged.");
+    static inline const auto damaged = QStringLiteral("Could not unpack Ares. The download may be damaged.");
     static inline const auto withoutApp =
         QStringLiteral("The Ares download did not contain ares.app. Please try again.");
 

@@ -83,12 +83,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, answer);
         QFETCH(const Wait, wait);
-        const RawServer server(
-            [&](RawConnection& connection, const RawRequest&) {
-                connection.send(answer);
-                connection.close();
-            },
-            TestCertificates::server(QStringLiteral("good")));
+        const RawServer server(answer, TestCertificates::server(QStringLiteral("good")));
         arrangeFor(wait);
         serveFrom(wait, server.url(QString()));
         pressFailsWith(wait, networkFailure(QLatin1String(wait.step), -1005));

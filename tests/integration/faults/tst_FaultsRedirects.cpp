@@ -30,12 +30,8 @@ private Q_SLOTS:
     {
         QFETCH(const Wait, wait);
         const RawServer plain(httpAnswer(200));
-        const RawServer secure(
-            [&](RawConnection& connection, const RawRequest&) {
-                connection.send(httpRedirect(plain.url().toEncoded()));
-                connection.close();
-            },
-            TestCertificates::server(QStringLiteral("good")));
+        const RawServer secure(httpRedirect(plain.url().toEncoded()),
+                               TestCertificates::server(QStringLiteral("good")));
         arrangeFor(wait);
         serveFrom(wait, secure.url(QString()));
         pressFailsWith(wait, networkFailure(QLatin1String(wait.step), -1022));
