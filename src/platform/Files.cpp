@@ -104,9 +104,9 @@ void copy(const fs::path& from, const fs::path& to)
     requireFree(to);
     constexpr std::size_t blockSize = 256 * 1024;
     const auto source = FileDescriptor::openForReading(from);
+    const qint64 expected = size(from);
     TemporaryFile temporary(to);
     const auto block = std::make_unique<char[]>(blockSize);
-    const qint64 expected = size(from);
     qint64 copied = 0;
     while (const auto count = source.readSome(block.get(), blockSize)) {
         temporary.descriptor().writeAll(block.get(), count);
