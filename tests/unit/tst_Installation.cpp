@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
-#include "emulator/AresInstaller.h"
 #include "game/AppError.h"
 #include "platform/Errors.h"
-#include "platform/Text.h"
-#include "support/AresBundle.h"
-#include "support/Failures.h"
-#include "support/ResultOf.h"
-#include "support/Sandbox.h"
+#include "support/InstallTest.h"
 #include "support/Unprivileged.h"
 
 #include <QtTest>
@@ -17,55 +11,11 @@
 namespace fs = std::filesystem;
 using namespace cartloom;
 
-class InstallationTest : public QObject
+class InstallationTest : public InstallTest
 {
     Q_OBJECT
 
-    std::unique_ptr<Sandbox> m_sandbox;
-
-    fs::path archive() const { return m_sandbox->scratch() / "release.zip"; }
-
-    /// A release whose archive holds an ares.app at a place, marked with its tag.
-    AresRelease makeRelease(const QString& tag, const fs::path& place = {}) const
-    {
-        const auto tree = m_sandbox->scratch() / ("tree-" + tag.toStdString());
-        fs::create_directories(tree / place);
-        writeFile(makeAresApp(tree / place) / "tag", tag.toUtf8());
-        return packRelease(tag, tree);
-    }
-
-    AresRelease packRelease(const QString& tag, const fs::path& tree) const
-    {
-        zipFolder(tree, archive());
-        return {tag, QStringLiteral("ares-macos-universal.zip"), QUrl::fromLocalFile(toText(archive())),
-                static_cast<qint64>(fs::file_size(archive()))};
-    }
-
-    static fs::path install(const AresRelease& release, CancellationToken token = {})
-    {
-        return resultOf(AresInstaller::install(
-            release, [](qint64, qint64) {}, std::move(token)));
-    }
-
-    template <typename Error>
-    static std::optional<Error> installFailure(const AresRelease& release,
-                                               const CancellationToken& token = {})
-    {
-        return failureOf<Error>([&] { return install(release, token); });
-    }
-
-    static QByteArray tagOf(const fs::path& folder) { return readFile(folder / "ares.app/tag"); }
-
 private Q_SLOTS:
-    void init() { m_sandbox = std::make_unique<Sandbox>(); }
-
-    void cleanup()
-    {
-        if (fs::exists(Paths::support()))
-            fs::permissions(Paths::support(), fs::perms::owner_all);
-        m_sandbox.reset();
-    }
-
     void aFirstInstallationLeavesTheEmulatorAndItsTagAndNothingElse()
     {
         QCOMPARE(install(makeRelease(QStringLiteral("v147"))), Paths::ares() / "ares.app");
@@ -310,83 +260,6 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(),
                  (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
-
-    void discardingLeavesTheInstalledCopyOnly()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        install(makeRelease(QStringLiteral("v148")));
-        AresInstaller::discardOldCopy();
-        QVERIFY(!fs::exists(Paths::aresOld()));
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
-        AresInstaller::discardOldCopy();
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
-    }
-
-    void rollingBackPutsTheKeptCopyBackAndLeavesTheRecordedTag()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        install(makeRelease(QStringLiteral("v148")));
-        QVERIFY(AresInstaller::rollback());
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v148"));
-        QCOMPARE(Sandbox::storage(),
-                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
-    }
-
-    void rollingBackWithoutAKeptCopyChangesNothing()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        QVERIFY(!AresInstaller::rollback());
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(Sandbox::storage(),
-                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
-    }
-
-    void rollingBackWithoutAnInstalledCopyChangesNothing()
-    {
-        writeFile(Paths::aresOld() / "ares.app/tag", "v147");
-        QVERIFY(!AresInstaller::rollback());
-        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares-old")});
-    }
-
-    void aKeptCopyWithoutAnInstalledOneIsPutBack()
-    {
-        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
-        AresInstaller::recover();
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
-        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares")});
-    }
-
-    void aKeptCopyBesideAnInstalledOneStaysTheKeptOne()
-    {
-        writeFile(Paths::ares() / "ares.app/tag", "v147");
-        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
-        AresInstaller::recover();
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
-    }
-
-    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt_data()
-    {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<std::optional<QString>>("version");
-        const std::optional<QString> none;
-        QTest::newRow("line end") << QByteArray("v147\n") << std::optional(QStringLiteral("v147"));
-        QTest::newRow("blanks") << QByteArray(" \tv147\r\n ") << std::optional(QStringLiteral("v147"));
-        QTest::newRow("empty") << QByteArray() << none;
-        QTest::newRow("not UTF-8") << QByteArray("v147\xff") << none;
-        QTest::newRow("all blank") << QByteArray(" \n\t ") << none;
-    }
-
-    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt()
-    {
-        QFETCH(const QByteArray, file);
-        QFETCH(const std::optional<QString>, version);
-        writeFile(Paths::aresVersion(), file);
-        QCOMPARE(AresInstaller::installedVersion(), version);
-    }
-
-    void withoutARecordThereIsNoVersion() { QCOMPARE(AresInstaller::installedVersion(), std::nullopt); }
 };
 
 QTEST_GUILESS_MAIN(InstallationTest)
