@@ -4,14 +4,11 @@
 #include "core/Paths.h"
 #include "platform/Text.h"
 #include "support/AresBundle.h"
+#include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
-
-#include <QtTest>
 
 namespace cartloom
 {
-
-using namespace std::chrono_literals;
 
 void FlowTest::installAres(const QByteArray& tag)
 {
@@ -33,25 +30,22 @@ void FlowTest::restart()
 
 bool FlowTest::comesToRest()
 {
-    return QTest::qWaitFor(
-        [this] {
-            const auto& task = ModelProbe::task(*m_model);
-            return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
-        },
-        30'000);
+    return comesTrue([this] {
+        const auto& task = ModelProbe::task(*m_model);
+        return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
+    });
 }
 
 bool FlowTest::goesThrough(AppModel::Stage stage)
 {
     const auto name = nameOf(stage);
     const auto before = m_recorder->stages().size();
-    return QTest::qWaitFor([&] { return m_recorder->stages().mid(before).contains(name); }, 30'000) &&
-           comesToRest();
+    return comesTrue([&] { return m_recorder->stages().mid(before).contains(name); }) && comesToRest();
 }
 
 bool FlowTest::comesTo(AppModel::Stage stage)
 {
-    return QTest::qWaitFor([this, stage] { return m_model->stage() == stage; }, 30'000);
+    return comesTrue([this, stage] { return m_model->stage() == stage; });
 }
 
 void FlowTest::init()
