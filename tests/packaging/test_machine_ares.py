@@ -20,8 +20,8 @@ HELP = """Usage: ares [OPTIONS]... game(s)
   --system system        Specify the system name
 Available Systems:
 """
-WITH_NINTENDO_64 = HELP + "  Nintendo 64,\n  Nintendo 64DD,\n  Super Famicom\n"
-WITHOUT_NINTENDO_64 = HELP + "  Nintendo 64DD,\n  Super Famicom\n"
+WITH_NINTENDO_64 = HELP + "  Arcade, Nintendo 64DD, Super Famicom, Nintendo 64, PlayStation, \n"
+WITHOUT_NINTENDO_64 = HELP + "  Arcade, Nintendo 64DD, Super Famicom, PlayStation, \n"
 
 GAME = ("--system", "Nintendo 64", "--fullscreen", "/games of mine/a: b/Quillet64.z64")
 
