@@ -7,9 +7,16 @@
 #include "support/ModelProbe.h"
 
 #include <QMetaEnum>
+#include <QTest>
 
 namespace cartloom
 {
+
+void FlowTest::addOnlyRow(const char* fault)
+{
+    QTest::addColumn<bool>("only");
+    QTest::newRow(fault) << true;
+}
 
 void FlowTest::installAres(const QByteArray& tag)
 {
