@@ -11,8 +11,6 @@ T.CheckBox {
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Math.max(implicitContentHeight, implicitIndicatorHeight) + topPadding + bottomPadding
     spacing: 6
-    topPadding: 2
-    bottomPadding: 2
     font: Theme.body
 
     // A key that is held down presses once. The space bar is the template's.
