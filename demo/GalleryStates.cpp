@@ -114,13 +114,19 @@ void openAbout(const QQuickWindow& window)
     GalleryWindow::requireShown(window, QStringLiteral("About Cartloom"));
 }
 
-void openAboutAtItsEnd(const QQuickWindow& window)
+void openAboutAtItsEnd(QQuickWindow& window)
 {
     openAbout(window);
     GalleryWindow::scrollToEnd(window, QStringLiteral("Close"));
 }
 
-void scrollPageToItsEnd(const QQuickWindow& window)
+void useKeyboardInAbout(QQuickWindow& window)
+{
+    openAbout(window);
+    GalleryWindow::tab(window, 1);
+}
+
+void scrollPageToItsEnd(QQuickWindow& window)
 {
     GalleryWindow::scrollToEnd(window, QStringLiteral("About"));
 }
@@ -169,6 +175,7 @@ std::vector<GalleryState> statesAbovePage()
         {QStringLiteral("alert-update"), offerUpdate, QStringLiteral("A newer Ares is available")},
         {QStringLiteral("alert-reset"), askWhetherToReset, QStringLiteral("Reset everything?")},
         {QStringLiteral("about"), beSetUp, {}, openAbout},
+        {QStringLiteral("about-keyboard"), beSetUp, {}, useKeyboardInAbout},
         {QStringLiteral("drop"), beSetUp, QStringLiteral("Play"), GalleryWindow::dragFileOver},
         {QStringLiteral("keyboard"), beSetUp, QStringLiteral("Play"), useKeyboard},
     };

@@ -22,7 +22,7 @@ void press(const QQuickWindow& window, const QString& text);
 /// Presses Tab so many times.
 void tab(QQuickWindow& window, int times);
 /// Scrolls to the end of what the element with the text lies in.
-void scrollToEnd(const QQuickWindow& window, const QString& text);
+void scrollToEnd(QQuickWindow& window, const QString& text);
 /// Holds a file over the window, as a drag from a file browser does.
 void dragFileOver(QQuickWindow& window);
 

@@ -20,16 +20,19 @@ T.CheckBox {
     indicator: SmoothRectangle {
         objectName: "checkIndicator"
         anchors.verticalCenter: parent.verticalCenter
-        implicitWidth: 14
-        implicitHeight: 14
-        radius: 3.5
+        implicitWidth: Theme.scaled(14)
+        implicitHeight: implicitWidth
+        radius: width / 4
         fillColor: control.checked ? Theme.accent : control.down ? Theme.controlPressed : Theme.control
         strokeColor: control.checked ? Theme.accent : Theme.scrollHandle
         strokeWidth: 1
 
         Shape {
             objectName: "checkMark"
-            anchors.fill: parent
+            anchors.centerIn: parent
+            width: 14
+            height: 14
+            scale: parent.width / width
             visible: control.checked
 
             ShapePath {
@@ -52,7 +55,7 @@ T.CheckBox {
         }
     }
     contentItem: Label {
-        leftPadding: 14 + control.spacing
+        leftPadding: control.indicator.width + control.spacing
         text: control.text
         font: control.font
         verticalAlignment: Text.AlignVCenter
