@@ -34,8 +34,6 @@ FocusScope {
             id: body
             width: scroll.availableWidth
             height: column.implicitHeight + 2 * content.bleed
-            // Without a layer, a shape that is scrolled out of sight as a whole would not be cut off.
-            layer.enabled: height > scroll.height
 
             Column {
                 id: column

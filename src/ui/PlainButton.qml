@@ -26,9 +26,9 @@ ButtonBase {
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
-    background: SmoothRectangle {
+    background: Rectangle {
         radius: control.cornerRadius
-        fillColor: control.fillColor
+        color: control.fillColor
     }
 
     FocusRing {
