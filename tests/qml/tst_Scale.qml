@@ -48,7 +48,7 @@ PageCase {
     function test_nothingIsCutOff(row) {
         Theme.textScale = row.textScale;
         probe.put(row.fields);
-        waitForRendering(page);
+        grabImage(page);
         const texts = itemsBelow(page.Window.window.contentItem,
                                  child => child instanceof Text && child.visible && child.text !== "");
         verify(texts.length > 10, texts.length);
