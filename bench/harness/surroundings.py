@@ -77,7 +77,7 @@ class Surroundings(ExitStack):
 
     def _start_display(self):
         process = self.start("Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+                             "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self.environment["DISPLAY"] = ":" + process.stdout.readline().strip()
 
     def _start_bus(self):
