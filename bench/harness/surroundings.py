@@ -3,9 +3,11 @@
 
 import os
 import shutil
+import signal
 import subprocess
 import tempfile
-from contextlib import ExitStack
+import time
+from contextlib import ExitStack, suppress
 from pathlib import Path
 
 BUS = """<busconfig>
@@ -40,7 +42,7 @@ class Surroundings(ExitStack):
             "LC_ALL": "C.UTF-8",
             **self.home("home"),
         }
-        self._start_display()
+        self.environment["DISPLAY"] = self.display()
         self._start_bus()
 
     def home(self, name):
@@ -71,14 +73,28 @@ class Surroundings(ExitStack):
 
     @staticmethod
     def end(process):
+        """Ends a process and what it has started."""
+        children = children_of(process.pid) if process.poll() is None else []
         if process.poll() is None:
             process.terminate()
         process.wait()
+        for child in children:
+            with suppress(ProcessLookupError):
+                os.kill(child, signal.SIGTERM)
 
-    def _start_display(self):
+    @staticmethod
+    def wait_until(what, condition, seconds=30):
+        end = time.monotonic() + seconds
+        while not condition():
+            if time.monotonic() > end:
+                raise RuntimeError(f"waited in vain for {what}")
+            time.sleep(0.02)
+
+    def display(self):
+        """The name of one more display."""
         process = self.start("Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
                              "-noreset", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.environment["DISPLAY"] = ":" + process.stdout.readline().strip()
+        return ":" + process.stdout.readline().strip()
 
     def _start_bus(self):
         configuration = self.work / "bus.conf"
@@ -86,3 +102,12 @@ class Surroundings(ExitStack):
         process = self.start("dbus-daemon", f"--config-file={configuration}", "--nofork", "--print-address",
                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = process.stdout.readline().strip()
+
+
+def children_of(process):
+    """The processes that any thread of a process has started and that have not ended."""
+    found = []
+    for task in Path(f"/proc/{process}/task").iterdir():
+        with suppress(FileNotFoundError, ProcessLookupError):
+            found += map(int, (task / "children").read_text().split())
+    return found
