@@ -81,7 +81,8 @@ std::optional<std::filesystem::path> AppModel::locateAres() const
 std::optional<std::filesystem::path> AppModel::externalPreference() const
 {
     const auto text = Preferences::text(PreferenceKeys::externalAres);
-    if (!text)
+    // The system would read a path only up to a null character.
+    if (!text || text->contains(QChar::Null))
         return std::nullopt;
     const auto app = toPath(*text);
     return app.is_absolute() && Files::exists(app) ? std::optional(app) : std::nullopt;

@@ -2,6 +2,7 @@
 #include "core/CartloomApp.h"
 
 #include "core/Paths.h"
+#include "platform/JustInTime.h"
 
 #include <QGuiApplication>
 #include <QNetworkProxyFactory>
@@ -20,6 +21,7 @@ void CartloomApp::prepare()
     QCoreApplication::setOrganizationName(QStringLiteral("Cartloom"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
+    JustInTime::forbidForPatterns();
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 #ifdef Q_OS_LINUX
     // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.

@@ -3,11 +3,31 @@
 
 #include "platform/Files.h"
 #include "platform/Places.h"
+#include "platform/Text.h"
 
+#include <QRegularExpression>
 #include <QUuid>
+
+#include <system_error>
 
 namespace cartloom::Paths
 {
+
+namespace
+{
+
+/// Work folders, copies of the emulator that were given up, and files that were to replace one of ours.
+bool isLeftover(const std::filesystem::path& name)
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("\\A(?:(?:download-ares|download-game|discarded|Ares-failed)"
+                       "-[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}"
+                       "|\\.(?:Quillet64\\.z64|ares-version\\.txt)"
+                       "-[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12})\\z"));
+    return pattern.match(toText(name)).hasMatch();
+}
+
+} // namespace
 
 std::filesystem::path support()
 {
@@ -53,6 +73,32 @@ std::filesystem::path newWorkDir(std::string_view prefix)
     auto folder = support() / (std::string(prefix) + '-' + newIdentifier());
     Files::createFolders(folder);
     return folder;
+}
+
+void discard(const std::filesystem::path& entry)
+{
+    const auto aside = support() / ("discarded-" + newIdentifier());
+    try {
+        Files::move(entry, aside);
+    } catch (const std::system_error&) {
+        return;
+    }
+    Files::tryRemove(aside);
+}
+
+void removeLeftovers()
+{
+    // First the names, then the removals: a folder that is changed while it is listed may hide an entry.
+    std::vector<std::filesystem::path> leftovers;
+    std::error_code unreadable;
+    for (std::filesystem::directory_iterator it(support(), unreadable), end; !unreadable && it != end;
+         it.increment(unreadable)) {
+        if (isLeftover(it->path().filename()))
+            leftovers.push_back(it->path());
+    }
+    for (const auto& leftover : leftovers)
+        Files::tryRemove(leftover);
+    discard(aresNew());
 }
 
 std::string newIdentifier()

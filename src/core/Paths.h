@@ -35,6 +35,16 @@ void ensureSupport();
 /// caller's business. Throws std::system_error.
 [[nodiscard]] std::filesystem::path newWorkDir(std::string_view prefix);
 
+/// Takes an entry of the storage folder away at once, and removes it then: a run that is cut off in between
+/// leaves nothing half removed under a name that means something. Ignores every failure; what cannot be taken
+/// away stays as it is.
+void discard(const std::filesystem::path& entry);
+
+/// Removes what runs that were cut off have left in the storage folder: work folders, copies that were given
+/// up, unfinished files. All of it is known by its name, and nothing else is touched. Ignores every failure.
+/// Not while anything is downloaded; only one instance of the program works on the folder.
+void removeLeftovers();
+
 /// A new random identifier in its standard upper-case text form.
 [[nodiscard]] std::string newIdentifier();
 

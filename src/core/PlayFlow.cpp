@@ -61,6 +61,7 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
     const QPointer<AppModel> self(this);
     QLatin1String step = gettingAresStep;
     try {
+        AresInstaller::recover();
         auto app = locateAres();
         if (!app && allowExternalOffer) {
             if (const auto found = AresInstaller::externalApp()) {
@@ -173,6 +174,9 @@ void AppModel::failFlow(const std::exception& error, QLatin1String step)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
         showError(shown);
+        // An update without a program in it must not stand in the way of the copy that had one.
+        if (step == startingAresStep && !refusedBySystem && !usingExternalAres())
+            AresInstaller::rollback();
     }
     refreshState();
 }

@@ -3,7 +3,6 @@
 
 #include "core/Paths.h"
 #include "core/PreferenceKeys.h"
-#include "platform/Files.h"
 #include "platform/Preferences.h"
 
 namespace cartloom
@@ -15,7 +14,7 @@ void AppModel::reset()
         return;
     for (const auto& entry :
          {Paths::ares(), Paths::aresOld(), Paths::aresNew(), Paths::gameFile(), Paths::aresVersion()})
-        Files::tryRemove(entry);
+        Paths::discard(entry);
     Preferences::remove(PreferenceKeys::externalAres);
     clearMessages();
     refreshState();

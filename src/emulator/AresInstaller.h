@@ -32,8 +32,13 @@ namespace cartloom::AresInstaller
 /// The tag of the installed release, if one is recorded.
 [[nodiscard]] std::optional<QString> installedVersion();
 
-/// Gives up the copy that was kept. Never fails.
+/// Gives up the copy that was kept, and all that runs which were cut off have left. Never fails. Not while
+/// anything is downloaded.
 void discardOldCopy();
+
+/// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
+/// a rollback, this program was ended. Never fails.
+void recover();
 
 /// Puts the copy that was kept back in place of the installed one; false when there was none or it could not
 /// be done. The recorded tag stays that of the release which failed.

@@ -43,12 +43,30 @@ void requireSize(const std::filesystem::path& archive, qint64 expected)
             .arg(expected));
 }
 
+/// What does not come to a good end gives its room on the disk back.
+QCoro::Task<void> unpack(std::filesystem::path archive)
+{
+    Paths::discard(Paths::aresNew());
+    // Into a new folder only: a release must not be mixed with what is left of another one.
+    Files::createNewFolder(Paths::aresNew());
+    try {
+        co_await unzip(archive, Paths::aresNew());
+        if (!findApp(Paths::aresNew()))
+            throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+    } catch (const std::exception&) {
+        Paths::discard(Paths::aresNew());
+        throw;
+    }
+}
+
 /// Makes the unpacked copy the installed one and keeps the one before it.
 void swapIntoPlace()
 {
-    Files::tryRemove(Paths::aresOld());
-    if (Files::exists(Paths::ares()))
+    // A kept copy without an installed one is the only copy that there is, and stays the kept one.
+    if (Files::exists(Paths::ares())) {
+        Paths::discard(Paths::aresOld());
         Files::move(Paths::ares(), Paths::aresOld());
+    }
     try {
         Files::move(Paths::aresNew(), Paths::ares());
     } catch (const std::system_error&) {
@@ -77,20 +95,14 @@ void recordVersion(const QString& tagName)
 QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
                                            CancellationToken token)
 {
+    Paths::removeLeftovers();
     const WorkFolder workFolder(Paths::newWorkDir("download-ares"));
     FileDownloader downloader(workFolder.path() / "ares.zip", std::move(progress));
     const auto request = requestFor(release);
     const auto archive = co_await downloader.download(request, token);
     requireSize(archive, release.size);
 
-    Files::tryRemove(Paths::aresNew());
-    Files::createFolders(Paths::aresNew());
-    co_await unzip(archive, Paths::aresNew());
-    if (!findApp(Paths::aresNew())) {
-        Files::tryRemove(Paths::aresNew());
-        throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
-    }
-
+    co_await unpack(archive);
     swapIntoPlace();
     recordVersion(release.tagName);
     const auto app = findApp(Paths::ares());
@@ -112,7 +124,20 @@ std::optional<QString> installedVersion()
 
 void discardOldCopy()
 {
-    Files::tryRemove(Paths::aresOld());
+    Paths::discard(Paths::aresOld());
+    // No other moment is sure to come where everything is installed and nothing is downloaded any more.
+    Paths::removeLeftovers();
+}
+
+void recover()
+{
+    if (Files::exists(Paths::ares()) || !Files::exists(Paths::aresOld()))
+        return;
+    try {
+        Files::move(Paths::aresOld(), Paths::ares());
+    } catch (const std::system_error&) {
+        // Then it stays the kept copy, and another one is downloaded.
+    }
 }
 
 bool rollback()

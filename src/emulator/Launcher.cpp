@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/Launcher.h"
 
+#include "emulator/Bundle.h"
 #include "emulator/ErrorStream.h"
 #include "game/AppError.h"
-#include "platform/Files.h"
-#include "platform/PropertyList.h"
 #include "platform/Text.h"
 
 #include <chrono>
@@ -21,20 +20,6 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// A name with a separator would lead out of the bundle.
-bool isFileName(const QString& name)
-{
-    return !name.contains(u'/') && name != QLatin1String("..") && name != QLatin1String(".");
-}
-
-std::optional<std::filesystem::path> executable(const std::filesystem::path& app)
-{
-    const auto named = PropertyList::text(app / "Contents/Info.plist", "CFBundleExecutable");
-    const QString name = named && !named->isEmpty() ? *named : QStringLiteral("ares");
-    const auto candidate = app / "Contents/MacOS" / toPath(name);
-    return isFileName(name) && Files::isExecutable(candidate) ? std::optional(candidate) : std::nullopt;
-}
-
 std::vector<std::string> argumentsFor(const std::filesystem::path& rom, bool fullscreen)
 {
     std::vector<std::string> arguments{"--system", "Nintendo 64"};
@@ -49,7 +34,7 @@ std::vector<std::string> argumentsFor(const std::filesystem::path& rom, bool ful
 void Launcher::launch(const std::filesystem::path& app, const std::filesystem::path& rom, bool fullscreen,
                       ExitCallback onExit)
 {
-    const auto program = executable(app);
+    const auto program = Bundle::executable(app);
     if (!program)
         throw AppError(QStringLiteral("Could not find the program inside ares.app."), toText(app));
 

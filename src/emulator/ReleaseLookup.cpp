@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/AresInstaller.h"
 
+#include "emulator/ReleaseReply.h"
 #include "game/AppError.h"
 #include "game/Origins.h"
 #include "platform/HttpSession.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <algorithm>
 #include <chrono>
-#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -22,101 +17,6 @@ namespace
 {
 
 constexpr auto lookupTimeout = 30s;
-
-struct APIAsset
-{
-    QString name;
-    qint64 size = 0;
-    QString browserDownloadURL;
-};
-
-struct APIRelease
-{
-    QString tagName;
-    std::vector<APIAsset> assets;
-};
-
-/// Why a reply is not a release; for the error's details.
-struct DecodingError : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
-
-QJsonValue required(const QJsonObject& object, const char* key)
-{
-    QJsonValue value = object.value(QLatin1String(key));
-    if (value.isUndefined())
-        throw DecodingError(std::string("There is no value for the key \"") + key + "\".");
-    return value;
-}
-
-QString requiredText(const QJsonObject& object, const char* key)
-{
-    const QJsonValue value = required(object, key);
-    if (!value.isString())
-        throw DecodingError(std::string("The value of \"") + key + "\" is not a text.");
-    return value.toString();
-}
-
-qint64 requiredInteger(const QJsonObject& object, const char* key)
-{
-    const QJsonValue value = required(object, key);
-    // A value that is no whole number of 64 bits comes back as the default, whichever that is.
-    if (value.toInteger(0) != value.toInteger(1))
-        throw DecodingError(std::string("The value of \"") + key + "\" is not a whole number.");
-    return value.toInteger();
-}
-
-QJsonObject requiredObject(const QJsonValue& value, const char* what)
-{
-    if (!value.isObject())
-        throw DecodingError(std::string("The ") + what + " is not an object.");
-    return value.toObject();
-}
-
-APIRelease decodeRelease(const QByteArray& body)
-{
-    QJsonParseError parseError;
-    const auto document = QJsonDocument::fromJson(body, &parseError);
-    if (document.isNull())
-        throw DecodingError(parseError.errorString().toStdString() + " (at byte " +
-                            std::to_string(parseError.offset) + ")");
-    const QJsonObject root =
-        requiredObject(document.isObject() ? QJsonValue(document.object()) : QJsonValue(), "reply");
-
-    APIRelease release{requiredText(root, "tag_name"), {}};
-    const QJsonValue assets = required(root, "assets");
-    if (!assets.isArray())
-        throw DecodingError("The value of \"assets\" is not a list.");
-    for (const auto& item : assets.toArray()) {
-        const QJsonObject asset = requiredObject(item, "asset");
-        release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size"),
-                                  requiredText(asset, "browser_download_url")});
-    }
-    return release;
-}
-
-/// The debug symbols come as an archive whose name is that of a macOS download in all else.
-bool isMacOSDownload(const APIAsset& asset)
-{
-    return asset.name.startsWith(QLatin1String("ares-macos")) && asset.name.endsWith(QLatin1String(".zip")) &&
-           !asset.name.contains(QLatin1String("dSYMs"));
-}
-
-AresRelease choose(const APIRelease& release)
-{
-    const auto chosen = std::ranges::find_if(release.assets, isMacOSDownload);
-    const auto url = chosen != release.assets.end() ? parseUrl(chosen->browserDownloadURL) : std::nullopt;
-    if (!url) {
-        QStringList names;
-        for (const auto& asset : release.assets)
-            names.append(asset.name);
-        throw AppError(QStringLiteral("The latest Ares release (") + release.tagName +
-                           QStringLiteral(") has no macOS download."),
-                       names.join(u'\n'));
-    }
-    return {release.tagName, chosen->name, *url, chosen->size};
-}
 
 QUrl latestURL()
 {
@@ -139,14 +39,7 @@ QCoro::Task<AresRelease> fetchLatest(CancellationToken token)
     if (!answer.isSuccess())
         throw AppError(QStringLiteral("GitHub answered with error %1 when asking for the latest Ares.")
                            .arg(*answer.status));
-    APIRelease release;
-    try {
-        release = decodeRelease(answer.body);
-    } catch (const DecodingError& error) {
-        throw AppError(QStringLiteral("Could not read the Ares release list."),
-                       QString::fromStdString(error.what()));
-    }
-    co_return choose(release);
+    co_return releaseIn(answer.body);
 }
 
 } // namespace cartloom::AresInstaller

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/Unpacking.h"
 
+#include "emulator/TreeInspection.h"
 #include "game/AppError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
+#include "platform/Files.h"
 #include "platform/MainThreadPromise.h"
 #include "platform/Text.h"
 
@@ -37,6 +39,20 @@ QByteArray readToEnd(const FileDescriptor& stream)
     return bytes;
 }
 
+/// The directory of a zip archive is its last part, and a tool that does not find it may take what comes
+/// before for the whole, without the permissions and the kinds of files that stand in the directory alone.
+void requireDirectory(const std::filesystem::path& archive)
+{
+    constexpr qint64 shortestEnd = 22;
+    constexpr qint64 longestEnd = shortestEnd + 65'535;
+    const QByteArray end = Files::readEnd(archive, longestEnd);
+    const auto mark = end.lastIndexOf(QByteArrayLiteral("PK\x05\x06"));
+    // What holds nothing at all is judged by what is missing in it.
+    if (!end.isEmpty() && (mark < 0 || end.size() - mark < shortestEnd))
+        throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."),
+                       QStringLiteral("The archive has no end."));
+}
+
 void runTool(const ArchiveTool& tool)
 {
     Pipe complaint;
@@ -56,9 +72,11 @@ void runTool(const ArchiveTool& tool)
 QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder)
 {
     const MainThreadPromise<void> end;
-    std::thread([end, tool = ArchiveTool::unpackZip(archive, folder)] {
+    std::thread([end, archive, folder, tool = ArchiveTool::unpackZip(archive, folder)] {
         try {
+            requireDirectory(archive);
             runTool(tool);
+            TreeInspection::inspect(folder);
             end.resolve();
         } catch (const std::exception&) {
             end.reject(std::current_exception());

@@ -8,9 +8,9 @@
 namespace cartloom
 {
 
-/// Unpacks a zip archive into a folder that exists, with the system's archive tool, on a thread of its own.
-/// Throws AppError when the tool reports a failure, and std::system_error when it cannot be started. Main
-/// thread.
+/// Unpacks a zip archive into an empty folder, with the system's archive tool, and inspects what has come of
+/// it, on a thread of its own. Throws AppError when the tool reports a failure or the tree is not one to be
+/// used, and std::system_error when the tool cannot be started; what was unpacked then stays. Main thread.
 [[nodiscard]] QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder);
 
 } // namespace cartloom

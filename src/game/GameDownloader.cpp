@@ -9,9 +9,6 @@
 #include "platform/HttpSession.h"
 #include "platform/WorkFolder.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -30,7 +27,6 @@ constexpr auto userAgent =
 /// page's session, 60 seconds for the request itself.
 constexpr auto pageTimeout = 30s;
 constexpr auto fileTimeout = 60s;
-constexpr qsizetype longestQuote = 500;
 
 QNetworkRequest requestFor(const QUrl& url, std::chrono::milliseconds timeout)
 {
@@ -68,16 +64,6 @@ QUrl formAddress(const QString& uploadID)
     return *address;
 }
 
-QUrl linkIn(const QByteArray& reply)
-{
-    const QJsonValue link = QJsonDocument::fromJson(reply).object().value(QLatin1String("url"));
-    const auto address = link.isString() ? parseUrl(link.toString()) : std::nullopt;
-    if (!address)
-        throw AppError(QStringLiteral("Gamestall did not return a download link."),
-                       QString::fromUtf8(reply.left(longestQuote)));
-    return *address;
-}
-
 /// Presses the download button of the page: from the page to the link that its form answers with.
 QCoro::Task<QUrl> askForLink(CancellationToken token)
 {
@@ -106,6 +92,7 @@ QCoro::Task<std::filesystem::path> download(ProgressCallback progress, Cancellat
 {
     const QUrl link = co_await askForLink(token);
 
+    Paths::removeLeftovers();
     const WorkFolder workFolder(Paths::newWorkDir("download-game"));
     const auto request = requestFor(link, fileTimeout);
     FileDownloader downloader(workFolder.path() / Paths::gameFile().filename(), std::move(progress));

@@ -31,6 +31,9 @@ namespace cartloom::GameDownloader
 /// The id of the upload that the page lists under the game's file name: its decimal digits.
 [[nodiscard]] std::optional<QString> parseUploadID(const QString& page);
 
+/// The download link in the reply to the form. Throws AppError, which quotes the reply, when there is none.
+[[nodiscard]] QUrl linkIn(const QByteArray& reply);
+
 /// Makes a file the installed game, in place of the one before: copied when the original is to be kept, else
 /// moved. Throws std::system_error. Any thread.
 void install(const std::filesystem::path& file, bool keepOriginal);

@@ -2,9 +2,13 @@
 #include "game/GameDownloader.h"
 
 #include "core/Paths.h"
+#include "game/AppError.h"
 #include "game/Origins.h"
+#include "platform/HttpExchange.h"
 #include "platform/Text.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 
 #include <array>
@@ -14,6 +18,8 @@ namespace cartloom::GameDownloader
 
 namespace
 {
+
+constexpr qsizetype longestQuote = 500;
 
 /// What group 1 of a pattern's first match holds.
 std::optional<QString> firstCapture(const QRegularExpression& pattern, const QString& text)
@@ -65,6 +71,16 @@ std::optional<QString> parseUploadID(const QString& page)
     }
     // A page with a single upload needs no file name.
     return ids.size() == 1 ? std::optional(ids.first()) : std::nullopt;
+}
+
+QUrl linkIn(const QByteArray& reply)
+{
+    const QJsonValue link = QJsonDocument::fromJson(reply).object().value(QLatin1String("url"));
+    const auto address = link.isString() ? parseUrl(link.toString()) : std::nullopt;
+    if (!address)
+        throw AppError(QStringLiteral("Gamestall did not return a download link."),
+                       QString::fromUtf8(reply.left(longestQuote)));
+    return *address;
 }
 
 } // namespace cartloom::GameDownloader

@@ -3,6 +3,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -29,6 +30,21 @@ void requireFree(const fs::path& path)
 {
     if (isTaken(path))
         throw std::system_error(EEXIST, std::generic_category());
+}
+
+QByteArray readFrom(const FileDescriptor& source, qint64 limit)
+{
+    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < bytes.size()) {
+        const auto count =
+            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+        if (count == 0)
+            break;
+        filled += static_cast<qsizetype>(count);
+    }
+    bytes.truncate(filled);
+    return bytes;
 }
 
 } // namespace
@@ -70,6 +86,12 @@ void createFolders(const fs::path& folder)
     fs::create_directories(folder);
 }
 
+void createNewFolder(const fs::path& folder)
+{
+    if (::mkdir(folder.c_str(), 0777) != 0)
+        throw lastSystemError();
+}
+
 void move(const fs::path& from, const fs::path& to)
 {
     requireFree(to);
@@ -82,10 +104,16 @@ void copy(const fs::path& from, const fs::path& to)
     requireFree(to);
     constexpr std::size_t blockSize = 256 * 1024;
     const auto source = FileDescriptor::openForReading(from);
+    const qint64 expected = size(from);
     TemporaryFile temporary(to);
     const auto block = std::make_unique<char[]>(blockSize);
-    while (const auto count = source.readSome(block.get(), blockSize))
+    qint64 copied = 0;
+    while (const auto count = source.readSome(block.get(), blockSize)) {
         temporary.descriptor().writeAll(block.get(), count);
+        copied += static_cast<qint64>(count);
+    }
+    if (copied != expected)
+        throw std::system_error(EBUSY, std::generic_category());
     move(temporary.path(), to);
     temporary.release();
 }
@@ -109,18 +137,16 @@ void tryRemove(const fs::path& path) noexcept
 
 QByteArray read(const fs::path& path, qint64 limit)
 {
+    return readFrom(FileDescriptor::openForReading(path), limit);
+}
+
+QByteArray readEnd(const fs::path& path, qint64 limit)
+{
     const auto source = FileDescriptor::openForReading(path);
-    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
-    qsizetype filled = 0;
-    while (filled < bytes.size()) {
-        const auto count =
-            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
-        if (count == 0)
-            break;
-        filled += static_cast<qsizetype>(count);
-    }
-    bytes.truncate(filled);
-    return bytes;
+    const off_t start = std::max<qint64>(size(path) - limit, 0);
+    if (::lseek(source.get(), start, SEEK_SET) != start)
+        throw lastSystemError();
+    return readFrom(source, limit);
 }
 
 void writeAtomically(const fs::path& path, const QByteArray& bytes)

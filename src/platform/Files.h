@@ -29,12 +29,15 @@ namespace cartloom::Files
 /// Makes the folder with its missing parents. A folder that exists is no failure.
 void createFolders(const std::filesystem::path& folder);
 
+/// Makes the folder in one that exists. Fails with EEXIST when anything stands there.
+void createNewFolder(const std::filesystem::path& folder);
+
 /// Renames within one volume. Fails with EEXIST when anything stands at the target, and leaves both as they
 /// were.
 void move(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Copies one file's bytes. Fails with EEXIST when anything stands at the target. The target appears whole or
-/// not at all.
+/// not at all. Fails with EBUSY when the file changes its length meanwhile.
 void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Removes the file, link or folder with all that is in it. Fails with ENOENT when nothing stands there.
@@ -48,6 +51,9 @@ void tryRemove(const std::filesystem::path& path) noexcept;
 
 /// At most the first limit bytes of the file, fewer where it ends before.
 [[nodiscard]] QByteArray read(const std::filesystem::path& path, qint64 limit);
+
+/// At most the last limit bytes of the file, fewer where it is shorter.
+[[nodiscard]] QByteArray readEnd(const std::filesystem::path& path, qint64 limit);
 
 /// Writes the file whole: to a temporary file beside it, which then replaces it.
 void writeAtomically(const std::filesystem::path& path, const QByteArray& bytes);

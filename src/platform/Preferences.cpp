@@ -8,7 +8,10 @@ namespace cartloom::Preferences
 
 bool boolean(const char* key)
 {
-    return QSettings().value(QLatin1String(key)).toBool();
+    // A store that is a text file knows no types: what was written as one comes back as its text.
+    const QVariant value = QSettings().value(QLatin1String(key));
+    const bool isBoolean = value.userType() == QMetaType::Bool || value.userType() == QMetaType::QString;
+    return isBoolean && value.toString() == QLatin1String("true");
 }
 
 void setBoolean(const char* key, bool value)
@@ -18,8 +21,9 @@ void setBoolean(const char* key, bool value)
 
 std::optional<QString> text(const char* key)
 {
-    const QString value = QSettings().value(QLatin1String(key)).toString();
-    return value.isEmpty() ? std::nullopt : std::optional(value);
+    const QVariant value = QSettings().value(QLatin1String(key));
+    const QString text = value.userType() == QMetaType::QString ? value.toString() : QString();
+    return text.isEmpty() ? std::nullopt : std::optional(text);
 }
 
 void setText(const char* key, const QString& value)

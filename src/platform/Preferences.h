@@ -10,11 +10,11 @@
 namespace cartloom::Preferences
 {
 
-/// False when the key is absent.
+/// False when the key is absent, or holds anything but a boolean.
 [[nodiscard]] bool boolean(const char* key);
 void setBoolean(const char* key, bool value);
 
-/// None when the key is absent or empty.
+/// None when the key is absent or empty, or holds anything but a text.
 [[nodiscard]] std::optional<QString> text(const char* key);
 void setText(const char* key, const QString& value);
 

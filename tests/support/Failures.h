@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <optional>
+#include <system_error>
 
 namespace cartloom
 {
@@ -18,6 +19,17 @@ template <typename Error, typename Operation>
         return error;
     }
     return std::nullopt;
+}
+
+/// The errno with which the operation fails; 0 when it does not.
+template <typename Operation>
+[[nodiscard]] int errnoOf(Operation&& operation)
+{
+    const auto error = failureOf<std::system_error>([&] {
+        operation();
+        return 0;
+    });
+    return error ? error->code().value() : 0;
 }
 
 } // namespace cartloom

@@ -3,15 +3,13 @@
 
 #include "core/Paths.h"
 #include "support/AresBundle.h"
+#include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
 
 #include <QMetaEnum>
-#include <QtTest>
 
 namespace cartloom
 {
-
-using namespace std::chrono_literals;
 
 void FlowTest::installAres(const QByteArray& tag)
 {
@@ -33,12 +31,10 @@ void FlowTest::restart()
 
 bool FlowTest::comesToRest()
 {
-    return QTest::qWaitFor(
-        [this] {
-            const auto& task = ModelProbe::task(*m_model);
-            return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
-        },
-        30'000);
+    return comesTrue([this] {
+        const auto& task = ModelProbe::task(*m_model);
+        return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
+    });
 }
 
 bool FlowTest::goesThrough(AppModel::Stage stage)
@@ -46,13 +42,12 @@ bool FlowTest::goesThrough(AppModel::Stage stage)
     const auto name =
         QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
     const auto before = m_recorder->stages().size();
-    return QTest::qWaitFor([&] { return m_recorder->stages().mid(before).contains(name); }, 30'000) &&
-           comesToRest();
+    return comesTrue([&] { return m_recorder->stages().mid(before).contains(name); }) && comesToRest();
 }
 
 bool FlowTest::comesTo(AppModel::Stage stage)
 {
-    return QTest::qWaitFor([this, stage] { return m_model->stage() == stage; }, 30'000);
+    return comesTrue([this, stage] { return m_model->stage() == stage; });
 }
 
 void FlowTest::init()

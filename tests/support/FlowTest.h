@@ -39,7 +39,7 @@ protected:
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<ModelRecorder> m_recorder;
 
-private Q_SLOTS:
+protected Q_SLOTS:
     void init();
     void cleanup();
 };

@@ -38,6 +38,14 @@ std::optional<RawRequest> takeRequest(QByteArray& arrived)
     return request;
 }
 
+RawServer::Respond saying(const QByteArray& answer)
+{
+    return [answer](RawConnection& connection, const RawRequest&) {
+        connection.send(answer);
+        connection.close();
+    };
+}
+
 } // namespace
 
 QByteArray RawRequest::header(const char* name) const
@@ -129,10 +137,12 @@ RawServer::RawServer(Respond respond, const QSslConfiguration& tls)
 }
 
 RawServer::RawServer(const QByteArray& answer)
-    : RawServer([answer](RawConnection& connection, const RawRequest&) {
-        connection.send(answer);
-        connection.close();
-    })
+    : RawServer(saying(answer))
+{
+}
+
+RawServer::RawServer(const QByteArray& answer, const QSslConfiguration& tls)
+    : RawServer(saying(answer), tls)
 {
 }
 

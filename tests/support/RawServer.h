@@ -90,6 +90,7 @@ public:
     RawServer(Respond respond, const QSslConfiguration& tls);
     /// Gives every request the same bytes and then closes the connection.
     explicit RawServer(const QByteArray& answer);
+    RawServer(const QByteArray& answer, const QSslConfiguration& tls);
 
     /// Called for each new connection before anything is read from it.
     std::function<void(RawConnection&)> onConnected;

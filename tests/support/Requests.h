@@ -17,4 +17,12 @@ namespace cartloom
     return request;
 }
 
+/// The same for a form that is sent as plain text.
+[[nodiscard]] inline QNetworkRequest formFor(const QUrl& url)
+{
+    auto request = requestFor(url);
+    request.setRawHeader("Content-Type", "text/plain");
+    return request;
+}
+
 } // namespace cartloom

@@ -70,4 +70,9 @@ void writeSparse(const std::filesystem::path& path, const QByteArray& head, qint
     std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size));
 }
 
+std::ptrdiff_t entriesOf(const std::filesystem::path& folder)
+{
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
 } // namespace cartloom

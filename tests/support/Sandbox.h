@@ -41,6 +41,9 @@ void writeFile(const std::filesystem::path& file, const QByteArray& bytes);
 /// Makes a file of a size, sparse but for its first bytes.
 void writeSparse(const std::filesystem::path& file, const QByteArray& head, qint64 size);
 
+/// How many entries a folder has.
+[[nodiscard]] std::ptrdiff_t entriesOf(const std::filesystem::path& folder);
+
 /// The first bytes of a ROM in big-endian order.
 inline const QByteArray bigEndianHeader = QByteArrayLiteral("\x80\x37\x12\x40");
 

@@ -20,6 +20,11 @@ public:
     SmallVolume(const SmallVolume&) = delete;
     SmallVolume& operator=(const SmallVolume&) = delete;
 
+    /// Leaves room for this many bytes, and for this many more files and folders, beside what there is.
+    void leaveRoomFor(long long bytes, long long entries = 1'000'000) const;
+    /// How many bytes are taken.
+    [[nodiscard]] long long used() const;
+
     [[nodiscard]] const std::filesystem::path& path() const { return m_folder; }
 
 private:

@@ -110,10 +110,24 @@ private Q_SLOTS:
         QVERIFY(Preferences::text(PreferenceKeys::externalAres).has_value());
     }
 
-    void aRelativeChoiceReadsAsAbsent()
+    void aChoiceThatIsNoLocalPathReadsAsAbsent_data()
     {
-        chooseExternal(".");
-        QCOMPARE(AppModel().externalPreference(), std::nullopt);
+        QTest::addColumn<QString>("choice");
+        QTest::newRow("70 relative") << QStringLiteral(".");
+        QTest::newRow("70 below the home folder") << QStringLiteral("~");
+        QTest::newRow("70 an address") << QStringLiteral("file:///");
+        QTest::newRow("70 on another machine") << QStringLiteral("smb://server/ares.app");
+        QTest::newRow("70 a null character") << QStringLiteral("/") + QChar(QChar::Null) + u'x';
+    }
+
+    void aChoiceThatIsNoLocalPathReadsAsAbsent()
+    {
+        QFETCH(const QString, choice);
+        Preferences::setText(PreferenceKeys::externalAres, choice);
+        QCOMPARE(Preferences::text(PreferenceKeys::externalAres), choice);
+        const AppModel model;
+        QCOMPARE(model.externalPreference(), std::nullopt);
+        QCOMPARE(model.usingExternalAres(), false);
     }
 
     void anEmulatorElsewhereOnTheMachineIsNeverLocated()

@@ -12,27 +12,6 @@
 namespace fs = std::filesystem;
 using namespace cartloom;
 
-namespace
-{
-
-/// The errno with which the operation fails; 0 when it does not.
-template <typename Operation>
-int errnoOf(Operation&& operation)
-{
-    const auto error = failureOf<std::system_error>([&] {
-        operation();
-        return 0;
-    });
-    return error ? error->code().value() : 0;
-}
-
-std::ptrdiff_t entriesOf(const fs::path& folder)
-{
-    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-}
-
-} // namespace
-
 class FileDescriptorTest : public QObject
 {
     Q_OBJECT

@@ -19,17 +19,6 @@ using namespace cartloom;
 namespace
 {
 
-/// The errno with which the operation fails; 0 when it does not.
-template <typename Operation>
-int errnoOf(Operation&& operation)
-{
-    const auto error = failureOf<std::system_error>([&] {
-        operation();
-        return 0;
-    });
-    return error ? error->code().value() : 0;
-}
-
 /// A folder that this user may look into but not write to, with one file in it.
 fs::path lockedFolder(const Sandbox& sandbox)
 {
@@ -40,11 +29,6 @@ fs::path lockedFolder(const Sandbox& sandbox)
                                     fs::perms::others_exec | fs::perms::others_read);
     fs::permissions(folder, fs::perms::owner_write, fs::perm_options::remove);
     return folder;
-}
-
-std::ptrdiff_t entriesOf(const fs::path& folder)
-{
-    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 #include "support/RawServer.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
-#include "support/SmallVolume.h"
+#include "support/SmallVolumeTest.h"
 #include "support/TestOrigins.h"
 
 #include <QtTest>
@@ -146,14 +146,7 @@ private Q_SLOTS:
 
 int main(int argc, char** argv)
 {
-    if (!SmallVolume::prepare()) {
-        // What the test runner takes for a test that was skipped.
-        constexpr int skipped = 77;
-        return skipped;
-    }
-    QCoreApplication application(argc, argv);
-    FullDiskTest test;
-    return QTest::qExec(&test, argc, argv);
+    return runWithSmallVolumes<FullDiskTest>(argc, argv);
 }
 
 #include "tst_FullDisk.moc"

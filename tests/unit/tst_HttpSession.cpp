@@ -12,18 +12,6 @@
 using namespace cartloom;
 using namespace std::chrono_literals;
 
-namespace
-{
-
-QNetworkRequest formFor(const QUrl& url)
-{
-    auto request = requestFor(url);
-    request.setRawHeader("Content-Type", "text/plain");
-    return request;
-}
-
-} // namespace
-
 class HttpSessionTest : public QObject
 {
     Q_OBJECT

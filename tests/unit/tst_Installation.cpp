@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
-#include "emulator/AresInstaller.h"
 #include "game/AppError.h"
 #include "platform/Errors.h"
-#include "platform/Text.h"
-#include "support/AresBundle.h"
-#include "support/Failures.h"
-#include "support/ResultOf.h"
-#include "support/Sandbox.h"
+#include "support/InstallTest.h"
 #include "support/Unprivileged.h"
 
 #include <QtTest>
@@ -17,55 +11,11 @@
 namespace fs = std::filesystem;
 using namespace cartloom;
 
-class InstallationTest : public QObject
+class InstallationTest : public InstallTest
 {
     Q_OBJECT
 
-    std::unique_ptr<Sandbox> m_sandbox;
-
-    fs::path archive() const { return m_sandbox->scratch() / "release.zip"; }
-
-    /// A release whose archive holds an ares.app at a place, marked with its tag.
-    AresRelease makeRelease(const QString& tag, const fs::path& place = {}) const
-    {
-        const auto tree = m_sandbox->scratch() / ("tree-" + tag.toStdString());
-        fs::create_directories(tree / place);
-        writeFile(makeAresApp(tree / place) / "tag", tag.toUtf8());
-        return packRelease(tag, tree);
-    }
-
-    AresRelease packRelease(const QString& tag, const fs::path& tree) const
-    {
-        zipFolder(tree, archive());
-        return {tag, QStringLiteral("ares-macos-universal.zip"), QUrl::fromLocalFile(toText(archive())),
-                static_cast<qint64>(fs::file_size(archive()))};
-    }
-
-    static fs::path install(const AresRelease& release, CancellationToken token = {})
-    {
-        return resultOf(AresInstaller::install(
-            release, [](qint64, qint64) {}, std::move(token)));
-    }
-
-    template <typename Error>
-    static std::optional<Error> installFailure(const AresRelease& release,
-                                               const CancellationToken& token = {})
-    {
-        return failureOf<Error>([&] { return install(release, token); });
-    }
-
-    static QByteArray tagOf(const fs::path& folder) { return readFile(folder / "ares.app/tag"); }
-
 private Q_SLOTS:
-    void init() { m_sandbox = std::make_unique<Sandbox>(); }
-
-    void cleanup()
-    {
-        if (fs::exists(Paths::support()))
-            fs::permissions(Paths::support(), fs::perms::owner_all);
-        m_sandbox.reset();
-    }
-
     void aFirstInstallationLeavesTheEmulatorAndItsTagAndNothingElse()
     {
         QCOMPARE(install(makeRelease(QStringLiteral("v147"))), Paths::ares() / "ares.app");
@@ -151,7 +101,8 @@ private Q_SLOTS:
                  QStringLiteral("Could not unpack Ares. The download may be damaged."));
         QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
         QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
-        QVERIFY(!fs::exists(Paths::aresOld()));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
 
     void anUpdateKeepsTheCopyBeforeIt()
@@ -181,24 +132,98 @@ private Q_SLOTS:
         QVERIFY(!fs::exists(Paths::aresNew()));
     }
 
-    void aKeptCopyThatCannotBeRemovedLeavesTheInstalledOneUntouchedAndTheNewOneAside()
+    void aKeptCopyThatCannotBeRemovedIsOutOfTheWayAllTheSame()
     {
         install(makeRelease(QStringLiteral("v146")));
         install(makeRelease(QStringLiteral("v147")));
         const auto release = makeRelease(QStringLiteral("v148"));
-        const auto locked = Paths::aresOld() / "ares.app/Contents";
         m_sandbox->giveToEveryone();
-        fs::permissions(locked, fs::perms::none);
+        fs::permissions(Paths::aresOld() / "ares.app/Contents", fs::perms::none);
+        {
+            const Unprivileged unprivileged;
+            install(release);
+        }
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v147"));
+        QCOMPARE(Sandbox::storage().size(), 4);
+        AresInstaller::discardOldCopy();
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void aKeptCopyWithoutAnInstalledOneIsNotGivenUp()
+    {
+        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
+        install(makeRelease(QStringLiteral("v147")));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
+    }
+
+    void aReleaseIsNeverMixedWithWhatIsLeftOfAnother()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs a second user");
+        install(makeRelease(QStringLiteral("v146")));
+        const auto release = makeRelease(QStringLiteral("v147"));
+        writeFile(Paths::aresNew(), "of another user");
+        fs::permissions(Paths::support(), fs::perms::all | fs::perms::sticky_bit);
+        m_sandbox->openToEveryone();
+        for (const auto& folder : {m_sandbox->home(), m_sandbox->home() / "data", m_sandbox->scratch()})
+            fs::permissions(folder, fs::perms::all);
         std::optional<std::system_error> failure;
         {
             const Unprivileged unprivileged;
             failure = installFailure<std::system_error>(release);
         }
-        fs::permissions(locked, fs::perms::owner_all);
         QCOMPARE(failure.value().code().value(), EEXIST);
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(tagOf(Paths::aresNew()), QByteArray("v148"));
-        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v147"));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(readFile(Paths::aresNew()), QByteArray("of another user"));
+    }
+
+    void aTreeThatMayNotBeUsedIsRefusedAndGivesItsRoomBack()
+    {
+        install(makeRelease(QStringLiteral("v146")));
+        const auto tree = m_sandbox->scratch() / "tree-v147";
+        makeAresApp(tree);
+        fs::create_symlink("../../../Cartloom.conf", tree / "ares.app/Contents/evil");
+        const auto failure = installFailure<AppError>(packRelease(QStringLiteral("v147"), tree)).value();
+        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure.details,
+                 QStringLiteral("ares.app/Contents/evil: a link that leads out of the folder"));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
+    void specialBitsOfAnArchiveAreNotInstalled()
+    {
+        const auto tree = m_sandbox->scratch() / "tree-v147";
+        const auto program = makeAresApp(tree) / "Contents/MacOS/ares";
+        fs::permissions(program, fs::perms::set_uid | fs::perms::set_gid, fs::perm_options::add);
+        install(packRelease(QStringLiteral("v147"), tree));
+        const auto installed = fs::status(Paths::ares() / "ares.app/Contents/MacOS/ares").permissions();
+        QVERIFY((installed & (fs::perms::set_uid | fs::perms::set_gid)) == fs::perms::none);
+        QVERIFY((installed & fs::perms::owner_exec) != fs::perms::none);
+    }
+
+    void anArchiveWithNothingInItHasNoEmulator()
+    {
+        // The end of a zip archive, without any entry before it.
+        writeFile(archive(), QByteArray("PK\x05\x06", 4) + QByteArray(18, '\0'));
+        const AresRelease release{QStringLiteral("v147"), QStringLiteral("ares-macos.zip"),
+                                  QUrl::fromLocalFile(toText(archive())), 22};
+        QCOMPARE(installFailure<AppError>(release).value().message,
+                 QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void whatARunThatWasCutOffHasLeftGoesWithTheNextInstallation()
+    {
+        writeFile(Paths::newWorkDir("download-ares") / "ares.zip", "half");
+        writeFile(Paths::newWorkDir("download-game") / "Quillet64.z64", "half");
+        install(makeRelease(QStringLiteral("v147")));
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
 
     void aTagThatCannotBeRecordedIsNoFailure()
@@ -235,66 +260,6 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(),
                  (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }
-
-    void discardingLeavesTheInstalledCopyOnly()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        install(makeRelease(QStringLiteral("v148")));
-        AresInstaller::discardOldCopy();
-        QVERIFY(!fs::exists(Paths::aresOld()));
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
-        AresInstaller::discardOldCopy();
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
-    }
-
-    void rollingBackPutsTheKeptCopyBackAndLeavesTheRecordedTag()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        install(makeRelease(QStringLiteral("v148")));
-        QVERIFY(AresInstaller::rollback());
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v148"));
-        QCOMPARE(Sandbox::storage(),
-                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
-    }
-
-    void rollingBackWithoutAKeptCopyChangesNothing()
-    {
-        install(makeRelease(QStringLiteral("v147")));
-        QVERIFY(!AresInstaller::rollback());
-        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
-        QCOMPARE(Sandbox::storage(),
-                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
-    }
-
-    void rollingBackWithoutAnInstalledCopyChangesNothing()
-    {
-        writeFile(Paths::aresOld() / "ares.app/tag", "v147");
-        QVERIFY(!AresInstaller::rollback());
-        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares-old")});
-    }
-
-    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt_data()
-    {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<std::optional<QString>>("version");
-        const std::optional<QString> none;
-        QTest::newRow("line end") << QByteArray("v147\n") << std::optional(QStringLiteral("v147"));
-        QTest::newRow("blanks") << QByteArray(" \tv147\r\n ") << std::optional(QStringLiteral("v147"));
-        QTest::newRow("empty") << QByteArray() << none;
-        QTest::newRow("not UTF-8") << QByteArray("v147\xff") << none;
-        QTest::newRow("all blank") << QByteArray(" \n\t ") << none;
-    }
-
-    void theRecordedTagIsReadWithoutWhiteSpaceAroundIt()
-    {
-        QFETCH(const QByteArray, file);
-        QFETCH(const std::optional<QString>, version);
-        writeFile(Paths::aresVersion(), file);
-        QCOMPARE(AresInstaller::installedVersion(), version);
-    }
-
-    void withoutARecordThereIsNoVersion() { QCOMPARE(AresInstaller::installedVersion(), std::nullopt); }
 };
 
 QTEST_GUILESS_MAIN(InstallationTest)

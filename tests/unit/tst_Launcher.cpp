@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "emulator/Launcher.h"
-#include "game/AppError.h"
 #include "platform/Text.h"
-#include "support/AresBundle.h"
-#include "support/Failures.h"
-#include "support/Sandbox.h"
+#include "support/LaunchTest.h"
 
 #include <QDir>
 #include <QtTest>
 
 #include <csignal>
-#include <future>
-#include <memory>
-#include <system_error>
 
 #include <sys/wait.h>
 
@@ -41,32 +34,13 @@ int threads()
 
 } // namespace
 
-class LauncherTest : public QObject
+class LauncherTest : public LaunchTest
 {
     Q_OBJECT
 
-    std::unique_ptr<Sandbox> m_sandbox;
-    fs::path m_app;
     int m_threadsAtStart = 0;
-    std::unique_ptr<Launcher> m_launcher;
 
     fs::path scratch(const char* name) const { return m_sandbox->scratch() / name; }
-
-    /// One run of the scripted child, to its end.
-    LaunchResult run(const QStringList& script, const fs::path& rom = "/game.z64", bool fullscreen = false)
-    {
-        return start(script, rom, fullscreen).get();
-    }
-
-    std::future<LaunchResult> start(const QStringList& script, const fs::path& rom = "/game.z64",
-                                    bool fullscreen = false)
-    {
-        scriptChild(script);
-        auto result = std::make_shared<std::promise<LaunchResult>>();
-        m_launcher->launch(m_app, rom, fullscreen,
-                           [result](const LaunchResult& ended) { result->set_value(ended); });
-        return result->get_future();
-    }
 
     QStringList argumentsGiven(const fs::path& rom, bool fullscreen)
     {
@@ -75,36 +49,12 @@ class LauncherTest : public QObject
         return QString::fromUtf8(readFile(file)).split(u'\n', Qt::SkipEmptyParts);
     }
 
-    void replacePropertyList(const QByteArray& dictionary)
-    {
-        writeFile(m_app / "Contents/Info.plist",
-                  "<plist version=\"1.0\"><dict>" + dictionary + "</dict></plist>");
-    }
-
-    std::optional<AppError> launchFailure()
-    {
-        return failureOf<AppError>([&] {
-            m_launcher->launch(m_app, "/game.z64", false,
-                               [](const LaunchResult&) { qFatal("an emulator ended that never started"); });
-            return 0;
-        });
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
         std::signal(SIGPIPE, SIG_IGN);
         m_threadsAtStart = threads();
     }
-
-    void init()
-    {
-        m_sandbox = std::make_unique<Sandbox>();
-        m_app = makeAresApp(m_sandbox->scratch());
-        m_launcher = std::make_unique<Launcher>();
-    }
-
-    void cleanup() { m_sandbox.reset(); }
 
     void aWindowedStartHasExactlyThreeArguments()
     {
@@ -124,88 +74,6 @@ private Q_SLOTS:
     {
         QCOMPARE(argumentsGiven("/my roms/a \"game\" $HOME.z64", false).last(),
                  QStringLiteral("/my roms/a \"game\" $HOME.z64"));
-    }
-
-    void theProgramIsTheOneThatThePropertyListNames()
-    {
-        fs::rename(m_app / "Contents/MacOS/ares", m_app / "Contents/MacOS/other");
-        replacePropertyList("<key>CFBundleExecutable</key><string>other</string>");
-        QCOMPARE(run({QStringLiteral("exit 7")}).status, 7);
-    }
-
-    void anUnusableProgramNameLeadsToAres_data()
-    {
-        QTest::addColumn<QByteArray>("dictionary");
-        QTest::newRow("missing") << QByteArray();
-        QTest::newRow("empty") << QByteArray("<key>CFBundleExecutable</key><string></string>");
-        QTest::newRow("not a text") << QByteArray("<key>CFBundleExecutable</key><integer>5</integer>");
-    }
-
-    void anUnusableProgramNameLeadsToAres()
-    {
-        QFETCH(const QByteArray, dictionary);
-        replacePropertyList(dictionary);
-        QCOMPARE(run({QStringLiteral("exit 7")}).status, 7);
-        fs::remove(m_app / "Contents/MacOS/ares");
-        QCOMPARE(launchFailure().value().message,
-                 QStringLiteral("Could not find the program inside ares.app."));
-    }
-
-    void aBundleWithoutAPropertyListStartsAres()
-    {
-        fs::remove(m_app / "Contents/Info.plist");
-        QCOMPARE(run({QStringLiteral("exit 7")}).status, 7);
-    }
-
-    void aProgramThatCannotBeFoundIsNamedByItsBundle()
-    {
-        fs::remove(m_app / "Contents/MacOS/ares");
-        const auto failure = launchFailure().value();
-        QCOMPARE(failure.message, QStringLiteral("Could not find the program inside ares.app."));
-        QCOMPARE(failure.details, toText(m_app));
-        QVERIFY(!m_launcher->process());
-    }
-
-    void aProgramThatIsNotExecutableCannotBeFound()
-    {
-        fs::permissions(m_app / "Contents/MacOS/ares", fs::perms::owner_read);
-        QVERIFY(launchFailure().has_value());
-    }
-
-    void aFolderInPlaceOfTheProgramCannotBeFound()
-    {
-        fs::remove(m_app / "Contents/MacOS/ares");
-        fs::create_directories(m_app / "Contents/MacOS/ares");
-        QVERIFY(launchFailure().has_value());
-    }
-
-    void aProgramNameNeverLeadsOutOfTheBundle_data()
-    {
-        QTest::addColumn<QByteArray>("name");
-        QTest::newRow("parent") << QByteArray("../../../outside");
-        QTest::newRow("absolute") << QByteArray("/bin/true");
-        QTest::newRow("below") << QByteArray("folder/ares");
-        QTest::newRow("the parent folder itself") << QByteArray("..");
-    }
-
-    void aProgramNameNeverLeadsOutOfTheBundle()
-    {
-        QFETCH(const QByteArray, name);
-        fs::copy_file(m_app / "Contents/MacOS/ares", m_sandbox->scratch() / "outside");
-        replacePropertyList("<key>CFBundleExecutable</key><string>" + name + "</string>");
-        QVERIFY(launchFailure().has_value());
-    }
-
-    void aProgramOfAnUnknownFormatIsTheSystemsOwnError()
-    {
-        writeFile(m_app / "Contents/MacOS/ares", QByteArray("not a program", 13));
-        const auto failure = failureOf<std::system_error>([&] {
-            m_launcher->launch(m_app, "/game.z64", false,
-                               [](const LaunchResult&) { qFatal("it never started"); });
-            return 0;
-        });
-        QCOMPARE(failure.value().code().value(), ENOEXEC);
-        QVERIFY(!m_launcher->process());
     }
 
     void theStatusIsTheExitStatus() { QCOMPARE(run({QStringLiteral("exit 42")}).status, 42); }

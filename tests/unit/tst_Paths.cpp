@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/Paths.h"
 #include "platform/Places.h"
+#include "platform/Text.h"
 #include "support/Sandbox.h"
+#include "support/Unprivileged.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -76,6 +78,83 @@ private Q_SLOTS:
         static const QRegularExpression form(
             QStringLiteral("^download-ares-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"));
         QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
+    }
+
+    void whatIsDiscardedIsGone()
+    {
+        const Sandbox sandbox;
+        writeFile(Paths::ares() / "ares.app/tag", "v147");
+        writeFile(Paths::gameFile(), "game");
+        Paths::discard(Paths::ares());
+        Paths::discard(Paths::gameFile());
+        Paths::discard(Paths::aresOld());
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void whatCannotBeTakenAwayStaysWhole()
+    {
+        const Sandbox sandbox;
+        writeFile(Paths::ares() / "ares.app/tag", "v147");
+        sandbox.giveToEveryone();
+        fs::permissions(Paths::support(), fs::perms(0555));
+        {
+            const Unprivileged unprivileged;
+            Paths::discard(Paths::ares());
+        }
+        QCOMPARE(readFile(Paths::ares() / "ares.app/tag"), QByteArray("v147"));
+        fs::permissions(Paths::support(), fs::perms::all);
+    }
+
+    void leftoversAreRemovedAndNothingElse()
+    {
+        const Sandbox sandbox;
+        const auto upper = QStringLiteral("-0F8FAD5B-D9CB-469F-A165-70867728950E");
+        const auto lower = upper.toLower();
+        for (const auto& name : {QStringLiteral("download-ares"), QStringLiteral("download-game"),
+                                 QStringLiteral("discarded"), QStringLiteral("Ares-failed")})
+            writeFile(Paths::support() / toPath(name + upper) / "folder/part", "part");
+        for (const auto& name : {QStringLiteral(".Quillet64.z64"), QStringLiteral(".ares-version.txt")})
+            writeFile(Paths::support() / toPath(name + lower), "part");
+        writeFile(Paths::aresNew() / "ares.app/tag", "half");
+
+        QStringList kept{QStringLiteral("Ares"),
+                         QStringLiteral("Ares-old"),
+                         QStringLiteral("Quillet64.z64"),
+                         QStringLiteral("ares-version.txt"),
+                         QStringLiteral("download-ares"),
+                         QStringLiteral("download-game-1"),
+                         QStringLiteral("download-ares") + lower,
+                         QStringLiteral("my download-ares") + upper,
+                         QStringLiteral("download-ares") + upper + QStringLiteral("2"),
+                         QStringLiteral("download-ares") + upper + u'\n',
+                         QStringLiteral("Quillet64.z64") + lower,
+                         QStringLiteral(".other.z64") + lower};
+        for (const auto& name : kept)
+            writeFile(Paths::support() / toPath(name), "kept");
+        kept.sort();
+        Paths::removeLeftovers();
+        auto stays = Sandbox::storage();
+        stays.sort();
+        QCOMPARE(stays, kept);
+    }
+
+    void aLinkWithTheNameOfALeftoverGoesWithoutWhatItLeadsTo()
+    {
+        const Sandbox sandbox;
+        writeFile(sandbox.scratch() / "own/file", "own");
+        Paths::ensureSupport();
+        fs::create_directory_symlink(sandbox.scratch() / "own",
+                                     Paths::support() / "download-ares-0F8FAD5B-D9CB-469F-A165-70867728950E");
+        Paths::removeLeftovers();
+        QCOMPARE(Sandbox::storage(), QStringList());
+        QCOMPARE(readFile(sandbox.scratch() / "own/file"), QByteArray("own"));
+    }
+
+    void withoutAStorageFolderThereAreNoLeftovers()
+    {
+        const Sandbox sandbox;
+        Paths::removeLeftovers();
+        QVERIFY(!fs::exists(Paths::support()));
     }
 
     void aFileInTheWayIsTheSystemsOwnError()

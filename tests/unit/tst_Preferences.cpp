@@ -71,6 +71,10 @@ private Q_SLOTS:
         QTest::newRow("other types") << QByteArray(
             "[General]\nfullscreen=@Invalid()\nexternalAresPath=@Invalid()\n");
         QTest::newRow("lists") << QByteArray("[General]\nexternalAresPath=a, b\n");
+        QTest::newRow("other texts") << QByteArray("[General]\nfullscreen=banana\n");
+        QTest::newRow("bytes, and a number in a variant") << QByteArray(
+            "[General]\nfullscreen=@ByteArray(true)\nexternalAresPath=@Variant(\\0\\0\\0\x2\\0\\0\\0\a)\n");
+        QTest::newRow("a list of booleans") << QByteArray("[General]\nfullscreen=true, true\n");
         QTest::newRow("broken variant") << QByteArray("[General]\nfullscreen=@Variant(\\0\\0)\n");
     }
 

@@ -1,52 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "emulator/AresInstaller.h"
 #include "game/AppError.h"
 #include "platform/Errors.h"
 #include "support/Failures.h"
-#include "support/RawServer.h"
-#include "support/ResultOf.h"
-#include "support/TestOrigins.h"
+#include "support/ReleaseJson.h"
 
 #include <QtTest>
 
 using namespace cartloom;
-
-namespace
-{
-
-const auto unreadable = QStringLiteral("Could not read the Ares release list.");
-
-/// JSON written with single quotes.
-QByteArray json(QByteArray text)
-{
-    return text.replace('\'', '"');
-}
-
-QByteArray asset(const QByteArray& name, const QByteArray& size = "80123456",
-                 const QByteArray& url = "https://files.example/a.zip")
-{
-    return json("{'name':'" + name + "','size':" + size + ",'browser_download_url':'" + url + "'}");
-}
-
-QByteArray release(const QByteArray& assets, const QByteArray& tag = "v148")
-{
-    return json("{'tag_name':'" + tag + "','assets':[" + assets + "]}");
-}
-
-AresRelease fetch()
-{
-    return resultOf(AresInstaller::fetchLatest());
-}
-
-/// What the lookup makes of a body with status 200.
-AresRelease lookUp(const QByteArray& body)
-{
-    const RawServer server(httpAnswer(200, body));
-    TestOrigins::setReleaseApi(server.url(QString()));
-    return fetch();
-}
-
-} // namespace
 
 class ReleaseDecodingTest : public QObject
 {
@@ -84,8 +44,9 @@ private Q_SLOTS:
         QTest::newRow("another asset is broken") << release(asset("ares-macos.zip") + ",{}");
         QTest::newRow("address is a number")
             << release("{'name':'ares-macos.zip','size':1,'browser_download_url':1}");
-        for (const char* const size : {"1.5", "'1'", "null", "true", "[]", "{}", "1e400",
-                                       "9223372036854775808", "-9223372036854777856", "1e30"})
+        for (const char* const size :
+             {"1.5", "'1'", "null", "true", "[]", "{}", "1e400", "9223372036854775808",
+              "-9223372036854775809", "-9223372036854776832", "-9223372036854777856", "1e30"})
             QTest::addRow("size is %s", size) << release(asset("ares-macos.zip", size));
         QTest::newRow("nested deeply") << QByteArray(100'000, '[');
         QTest::newRow("nested deeply in an asset")
@@ -118,6 +79,7 @@ private Q_SLOTS:
         row("-9223372036854775808", std::numeric_limits<qint64>::min());
         row("1e3", 1000);
         row("80123456.0", 80'123'456);
+        row("8012345.6e1", 80'123'456);
     }
 
     void wholeNumbersAreSizes()

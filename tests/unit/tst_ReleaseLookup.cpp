@@ -1,52 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "emulator/AresInstaller.h"
 #include "game/AppError.h"
 #include "platform/Errors.h"
 #include "support/Failures.h"
-#include "support/RawServer.h"
-#include "support/ResultOf.h"
-#include "support/TestOrigins.h"
+#include "support/ReleaseJson.h"
 
 #include <QtTest>
 
 using namespace cartloom;
-
-namespace
-{
-
-const auto unreadable = QStringLiteral("Could not read the Ares release list.");
-
-/// JSON written with single quotes.
-QByteArray json(QByteArray text)
-{
-    return text.replace('\'', '"');
-}
-
-QByteArray asset(const QByteArray& name, const QByteArray& size = "80123456",
-                 const QByteArray& url = "https://files.example/a.zip")
-{
-    return json("{'name':'" + name + "','size':" + size + ",'browser_download_url':'" + url + "'}");
-}
-
-QByteArray release(const QByteArray& assets, const QByteArray& tag = "v148")
-{
-    return json("{'tag_name':'" + tag + "','assets':[" + assets + "]}");
-}
-
-AresRelease fetch()
-{
-    return resultOf(AresInstaller::fetchLatest());
-}
-
-/// What the lookup makes of a body with status 200.
-AresRelease lookUp(const QByteArray& body)
-{
-    const RawServer server(httpAnswer(200, body));
-    TestOrigins::setReleaseApi(server.url(QString()));
-    return fetch();
-}
-
-} // namespace
 
 class ReleaseLookupTest : public QObject
 {

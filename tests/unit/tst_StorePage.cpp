@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "game/GameDownloader.h"
+#include "platform/JustInTime.h"
 
 #include <QtTest>
 
@@ -31,6 +32,9 @@ class StorePageTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // As in the product; it is slower, and has bounds of its own.
+    void initTestCase() { JustInTime::forbidForPatterns(); }
+
     void theTokenIsFoundInEitherOrder_data()
     {
         QTest::addColumn<QString>("page");

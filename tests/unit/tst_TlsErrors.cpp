@@ -75,12 +75,8 @@ private Q_SLOTS:
     void aRedirectFromHttpsToHttp()
     {
         const RawServer plain(httpAnswer(200));
-        const RawServer secure(
-            [&](RawConnection& connection, const RawRequest&) {
-                connection.send(httpRedirect(plain.url().toEncoded()));
-                connection.close();
-            },
-            TestCertificates::server(QStringLiteral("good")));
+        const RawServer secure(httpRedirect(plain.url().toEncoded()),
+                               TestCertificates::server(QStringLiteral("good")));
         verifyUrlError(failureOfRequest(requestFor(secure.url())), -1022,
                        QStringLiteral("The address is not a secure one."));
         QCOMPARE(secure.requests().size(), std::size_t(1));
@@ -89,12 +85,7 @@ private Q_SLOTS:
 
     void aTrustedCertificateIsNoFailure()
     {
-        const RawServer server(
-            [](RawConnection& connection, const RawRequest&) {
-                connection.send(httpAnswer(200, "secret"));
-                connection.close();
-            },
-            TestCertificates::server(QStringLiteral("good")));
+        const RawServer server(httpAnswer(200, "secret"), TestCertificates::server(QStringLiteral("good")));
         HttpSession session;
         QCOMPARE(resultOf(session.get(requestFor(server.url()), {})).body, QByteArray("secret"));
     }

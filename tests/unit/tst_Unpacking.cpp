@@ -5,6 +5,7 @@
 #include "support/Failures.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
+#include "support/ZipWriter.h"
 
 #include <QtTest>
 
@@ -24,7 +25,14 @@ class UnpackingTest : public QObject
 
     void unpack(const fs::path& archive) const { resultOf(unzip(archive, folder())); }
 
-    std::optional<AppError> unpackFailure(const fs::path& archive = "/archive.zip") const
+    /// What the tool that was replaced is given.
+    std::optional<AppError> unpackFailure() const
+    {
+        writeFile(m_sandbox->scratch() / "any.zip", zipOf({}));
+        return unpackFailure(m_sandbox->scratch() / "any.zip");
+    }
+
+    std::optional<AppError> unpackFailure(const fs::path& archive) const
     {
         return failureOf<AppError>([&] {
             unpack(archive);
@@ -66,7 +74,7 @@ private Q_SLOTS:
         QVERIFY((fs::status(program).permissions() & fs::perms::owner_exec) != fs::perms::none);
     }
 
-    void anArchiveThatIsCutOffIsRefusedWithTheToolsOwnReason()
+    void anArchiveThatIsCutOffIsRefused()
     {
         const auto archive = m_sandbox->scratch() / "archive.zip";
         makeAresApp(m_sandbox->scratch() / "tree");
@@ -74,7 +82,18 @@ private Q_SLOTS:
         fs::resize_file(archive, fs::file_size(archive) / 2);
         const auto failure = unpackFailure(archive).value();
         QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
-        QVERIFY(!failure.details.isEmpty());
+        QCOMPARE(failure.details, QStringLiteral("The archive has no end."));
+    }
+
+    void whatTheToolComplainsOfIsInTheDetails()
+    {
+        const auto archive = m_sandbox->scratch() / "archive.zip";
+        ZipEntry damaged = zipProgram();
+        damaged.checksum = 1;
+        writeFile(archive, zipOf({damaged}));
+        const auto failure = unpackFailure(archive).value();
+        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QVERIFY2(failure.details.contains(QStringLiteral("CRC")), qPrintable(failure.details));
     }
 
     void noSpaceLeftInAnyLetterCaseIsAFullDisk()
@@ -121,9 +140,11 @@ private Q_SLOTS:
 
     void aToolThatIsMissingIsTheSystemsOwnError()
     {
+        const auto archive = m_sandbox->scratch() / "any.zip";
+        writeFile(archive, zipOf({}));
         qputenv("PATH", "/nowhere");
         const auto failure = failureOf<std::system_error>([&] {
-            unpack("/archive.zip");
+            unpack(archive);
             return 0;
         });
         QCOMPARE(failure.value().code().value(), ENOENT);

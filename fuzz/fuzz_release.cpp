@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "Fuzzing.h"
+#include "emulator/ReleaseReply.h"
+#include "game/AppError.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace cartloom;
+using cartloom::Fuzzing::require;
+
+namespace
+{
+
+bool isMacOSDownload(const QString& name)
+{
+    return name.startsWith(QLatin1String("ares-macos")) && name.endsWith(QLatin1String(".zip")) &&
+           !name.contains(QLatin1String("dSYMs"));
+}
+
+void checkRelease(const AresRelease& release, const QJsonObject& reply)
+{
+    require(reply.value(QLatin1String("tag_name")) == release.tagName, "the tag is the reply's");
+    require(isMacOSDownload(release.assetName), "the asset is a macOS download");
+    require(release.downloadURL.isValid() && !release.downloadURL.isEmpty(), "its link is an address");
+    for (const auto& item : reply.value(QLatin1String("assets")).toArray()) {
+        const QJsonObject asset = item.toObject();
+        if (!isMacOSDownload(asset.value(QLatin1String("name")).toString()))
+            continue;
+        require(asset.value(QLatin1String("name")) == release.assetName, "the asset is the first that fits");
+        require(asset.value(QLatin1String("size")).isDouble() &&
+                    asset.value(QLatin1String("size")).toInteger(release.size ^ 1) == release.size,
+                "the size is the asset's");
+        const QString address = asset.value(QLatin1String("browser_download_url")).toString();
+        require(QUrl(address, QUrl::StrictMode) == release.downloadURL, "the link is the asset's");
+        return;
+    }
+    require(false, "the asset is one of the reply's");
+}
+
+void checkError(const AppError& error, const QJsonObject& reply)
+{
+    if (error.message == QLatin1String("Could not read the Ares release list.")) {
+        require(!error.details.isEmpty() && error.details.size() < 200,
+                "why a reply cannot be read is told in short");
+        return;
+    }
+    const QString tag = reply.value(QLatin1String("tag_name")).toString();
+    require(error.message == QStringLiteral("The latest Ares release (") + tag +
+                                 QStringLiteral(") has no macOS download."),
+            "what is thrown is one of the two sentences");
+    QStringList names;
+    for (const auto& item : reply.value(QLatin1String("assets")).toArray())
+        names.append(item.toObject().value(QLatin1String("name")).toString());
+    require(error.details == names.join(u'\n'), "the details are the names of the assets");
+}
+
+} // namespace
+
+/// A reply yields its first macOS download, as it describes it, or one of two errors, and nothing else is
+/// thrown.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArray reply = Fuzzing::bytesOf(data, size);
+    const QJsonObject object = QJsonDocument::fromJson(reply).object();
+    try {
+        checkRelease(AresInstaller::releaseIn(reply), object);
+    } catch (const AppError& error) {
+        checkError(error, object);
+    }
+    return 0;
+}

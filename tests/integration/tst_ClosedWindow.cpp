@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: MIT
+#include "core/Paths.h"
+#include "platform/Text.h"
+#include "support/AresBundle.h"
+#include "support/FlowTest.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QtTest>
+
+namespace fs = std::filesystem;
+using namespace cartloom;
+using Stage = AppModel::Stage;
+
+/// The window of the whole launcher is closed in the middle of each kind of work: the process ends at once,
+/// by itself and in good order, and leaves what a kill would leave, with which the next press plays.
+class ClosedWindowTest : public FlowTest
+{
+    Q_OBJECT
+
+    const QByteArray m_path = qgetenv("PATH");
+    std::unique_ptr<QProcess> m_launcher;
+
+    void startLauncher(const char* action = "play")
+    {
+        const auto runtime = m_sandbox->scratch() / "run";
+        fs::create_directories(runtime);
+        fs::permissions(runtime, fs::perms::owner_all);
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), toText(m_sandbox->home() / "config"));
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), toText(runtime));
+        m_launcher = std::make_unique<QProcess>();
+        m_launcher->setProcessEnvironment(environment);
+        m_launcher->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_launcher->start(QStringLiteral(WINDOW_CHILD),
+                          {m_sites->origin().toString(), QString::fromLatin1(action)});
+    }
+
+    /// Whether the launcher ends as it should once its window is closed.
+    bool closes()
+    {
+        if (m_launcher->state() != QProcess::Running)
+            return false;
+        m_launcher->write("\n");
+        return m_launcher->waitForFinished() && m_launcher->exitStatus() == QProcess::NormalExit &&
+               m_launcher->exitCode() == 0;
+    }
+
+    bool isAsked(const char* path) const
+    {
+        return QTest::qWaitFor([this, path] { return m_sites->asked().contains(QLatin1String(path)); },
+                               30'000);
+    }
+
+    static bool appears(const fs::path& file)
+    {
+        return QTest::qWaitFor([&file] { return fs::exists(file); }, 30'000);
+    }
+
+    static bool hasEntry(const char* pattern)
+    {
+        return !Sandbox::storage().filter(QRegularExpression(QLatin1String(pattern))).isEmpty();
+    }
+
+    /// Whether, with everything in order again, a press of the button plays and nothing is left of before.
+    bool playsAgain()
+    {
+        qputenv("PATH", m_path);
+        scriptChild({});
+        m_sites = std::make_unique<ScriptedSites>(m_sandbox->scratch() / "again");
+        restart();
+        m_model->play();
+        const QStringList whole{QStringLiteral("Ares"), QStringLiteral("Quillet64.z64"),
+                                QStringLiteral("ares-version.txt")};
+        return goesThrough(Stage::playing) && Sandbox::storage() == whole;
+    }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        if (m_launcher) {
+            m_launcher->kill();
+            m_launcher->waitForFinished();
+            m_launcher.reset();
+        }
+        qputenv("PATH", m_path);
+    }
+
+    void whileAServerIsWaitedFor_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::newRow("67 the release") << QByteArray(ScriptedSites::latest);
+        QTest::newRow("67 the emulator") << QByteArray(ScriptedSites::archive);
+        QTest::newRow("67 the store page") << QByteArray(ScriptedSites::page);
+        QTest::newRow("67 the form") << QByteArray(ScriptedSites::form);
+        QTest::newRow("67 the game") << QByteArray(ScriptedSites::game);
+    }
+
+    void whileAServerIsWaitedFor()
+    {
+        QFETCH(const QByteArray, path);
+        m_sites->answers[path].clear();
+        startLauncher();
+        QVERIFY(isAsked(path));
+        QVERIFY(closes());
+        QVERIFY(playsAgain());
+    }
+
+    void whileADownloadRuns_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("workFolder");
+        QTest::newRow("67 of the emulator")
+            << QByteArray(ScriptedSites::archive) << QByteArray("^download-ares-");
+        QTest::newRow("67 of the game") << QByteArray(ScriptedSites::game) << QByteArray("^download-game-");
+    }
+
+    void whileADownloadRuns()
+    {
+        QFETCH(const QByteArray, path);
+        QFETCH(const QByteArray, workFolder);
+        m_sites->answers[path].chop(1);
+        m_sites->heldOpen.insert(path);
+        startLauncher();
+        QVERIFY(isAsked(path));
+        QTRY_VERIFY(hasEntry(workFolder));
+        QVERIFY(closes());
+        // As after a kill: nobody has cleared up, until the next download begins.
+        QVERIFY(hasEntry(workFolder));
+        QVERIFY(playsAgain());
+    }
+
+    void whileTheEmulatorIsUnpacked()
+    {
+        const auto tools = m_sandbox->scratch() / "tools";
+        const auto scratch = toText(m_sandbox->scratch());
+        fs::rename(makeAresApp(tools) / "Contents/MacOS/ares", tools / "bsdtar");
+        qputenv("PATH", QByteArray::fromStdString(tools.native()));
+        scriptChild({QStringLiteral("touch %1/unpacking").arg(scratch),
+                     QStringLiteral("wait %1/go").arg(scratch),
+                     QStringLiteral("touch %1/over").arg(scratch)});
+        startLauncher();
+        QVERIFY(appears(m_sandbox->scratch() / "unpacking"));
+        QVERIFY(closes());
+        QVERIFY(fs::exists(Paths::aresNew()));
+        // The tool outlives the launcher, and what it does late must not reach the next installation.
+        QVERIFY(playsAgain());
+        writeFile(m_sandbox->scratch() / "go", {});
+        QVERIFY(appears(m_sandbox->scratch() / "over"));
+    }
+
+    void whileTheEmulatorPlays()
+    {
+        installAres();
+        saveGame();
+        const auto scratch = toText(m_sandbox->scratch());
+        scriptChild({QStringLiteral("touch %1/playing").arg(scratch),
+                     QStringLiteral("wait %1/go").arg(scratch), QStringLiteral("err still here"),
+                     QStringLiteral("touch %1/over").arg(scratch)});
+        startLauncher();
+        QVERIFY(appears(m_sandbox->scratch() / "playing"));
+        QVERIFY(closes());
+        // The emulator plays on, and can still write its errors.
+        QVERIFY(!fs::exists(m_sandbox->scratch() / "over"));
+        writeFile(m_sandbox->scratch() / "go", {});
+        QVERIFY(appears(m_sandbox->scratch() / "over"));
+        QVERIFY(playsAgain());
+    }
+
+    void whileAnUpdateIsLookedFor()
+    {
+        installAres();
+        saveGame();
+        m_sites->answers[ScriptedSites::latest].clear();
+        startLauncher("check");
+        QVERIFY(isAsked(ScriptedSites::latest));
+        QVERIFY(closes());
+        QVERIFY(playsAgain());
+    }
+
+    void whileNothingRuns()
+    {
+        m_sites->answers[ScriptedSites::latest] = httpAnswer(404);
+        startLauncher();
+        QVERIFY(isAsked(ScriptedSites::latest));
+        QTRY_VERIFY(m_sites->isDeserted());
+        QVERIFY(closes());
+        QCOMPARE(Sandbox::storage(), QStringList());
+        QVERIFY(playsAgain());
+    }
+};
+
+QTEST_GUILESS_MAIN(ClosedWindowTest)
+#include "tst_ClosedWindow.moc"
