@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "game/GameDownloader.h"
+#include "platform/JustInTime.h"
 
 #include <benchmark/benchmark.h>
 
@@ -38,6 +39,12 @@ void pagePatterns(benchmark::State& state)
             state.SkipWithError("a near-match was taken for a match");
     }
 }
+
+/// As the launcher does it at its start.
+const bool interpreted = [] {
+    JustInTime::forbidForPatterns();
+    return true;
+}();
 
 } // namespace
 

@@ -2,6 +2,7 @@
 #include "TrustedServer.h"
 #include "game/FileDownloader.h"
 #include "platform/MainThread.h"
+#include "platform/ThreadLoops.h"
 
 #include <QCoreApplication>
 #include <QCoroTask>
@@ -39,6 +40,7 @@ int main(int argc, char* argv[])
     if (argc != 3)
         return EXIT_FAILURE;
     try {
+        cartloom::ThreadLoops::leaveOutGLib();
         const QCoreApplication application(argc, argv);
         bench::trustServer();
         cartloom::MainThread::adopt();

@@ -2,6 +2,7 @@
 #include "TrustedServer.h"
 #include "emulator/AresInstaller.h"
 #include "platform/MainThread.h"
+#include "platform/ThreadLoops.h"
 
 #include <QCoreApplication>
 #include <QCoroTask>
@@ -25,6 +26,7 @@ QCoro::Task<void> install()
 int main(int argc, char* argv[])
 {
     try {
+        cartloom::ThreadLoops::leaveOutGLib();
         const QCoreApplication application(argc, argv);
         bench::trustServer();
         cartloom::MainThread::adopt();

@@ -3,6 +3,7 @@
 
 #include "core/Paths.h"
 #include "platform/JustInTime.h"
+#include "platform/ThreadLoops.h"
 
 #include <QGuiApplication>
 #include <QNetworkProxyFactory>
@@ -22,6 +23,7 @@ void CartloomApp::prepare()
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
     JustInTime::forbidForPatterns();
+    ThreadLoops::leaveOutGLib();
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 #ifdef Q_OS_LINUX
     // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.
