@@ -15,7 +15,7 @@ Item {
     }
 
     implicitWidth: label.implicitWidth
-    implicitHeight: label.implicitHeight + 4
+    implicitHeight: label.implicitHeight
     visible: address !== ""
     activeFocusOnTab: true
 
@@ -30,7 +30,6 @@ Item {
 
     Label {
         id: label
-        y: 2
         text: link.text
         color: tap.pressed ? Theme.linkPressed : Theme.link
         Accessible.ignored: true

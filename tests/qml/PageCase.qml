@@ -84,6 +84,15 @@ TestCase {
         fuzzyCompare(actual.a, opacity, 0.003);
     }
 
+    function verifyMonospaced(font) {
+        metrics.font = font;
+        compare(metrics.advanceWidth("iiii"), metrics.advanceWidth("MMMM"));
+    }
+
+    FontMetrics {
+        id: metrics
+    }
+
     visible: true
     width: 480
     height: 640

@@ -86,6 +86,21 @@ PageCase {
         verify(toggle.checked);
     }
 
+    function test_showInFinderMakesTheFolderAndShowsIt() {
+        verify(!probe.storageIsFolder());
+        mouseClick(item("showInFinder"));
+        verify(probe.storageIsFolder());
+        tryCompare(probe, "opened", [probe.storage()]);
+    }
+
+    function test_aFolderThatCannotBeMadeIsShownAllTheSame() {
+        probe.obstructStorage();
+        mouseClick(item("showInFinder"));
+        tryCompare(probe, "opened", [probe.storage()]);
+        verify(!probe.storageIsFolder());
+        compare(model.errorMessage, undefined);
+    }
+
     function test_resetAsksFirst() {
         mouseClick(item("reset"));
         verify(model.confirmReset);

@@ -120,6 +120,7 @@ PageCase {
         const text = item("detailsText");
         compare(text.text, "One line.");
         compare(text.font.pixelSize, 11);
+        verifyMonospaced(text.font);
         compare(item("detailsPane").height, text.contentHeight);
         compare(item("detailsPane").width, 412);
         verify(!findChild(item("detailsPane"), "scrollBar").visible);

@@ -130,6 +130,22 @@ PageCase {
             compare(item("stageTitle").text, item("mainButton").text);
     }
 
+    function test_atRestThePageFitsTheWindowItOpensIn_data() {
+        return [
+            { tag: "before set-up", fields: { setupDone: false } },
+            { tag: "after set-up", fields: { setupDone: true, aresVersion: "v148" } },
+            { tag: "with another Ares", fields: { setupDone: true, usingExternalAres: true } },
+            { tag: "playing", fields: { setupDone: true, aresVersion: "v148", stage: "playing" } }
+        ];
+    }
+
+    function test_atRestThePageFitsTheWindowItOpensIn(row) {
+        probe.put(row.fields);
+        waitForRendering(page);
+        verify(item("pageColumn").height <= 640, item("pageColumn").height);
+        verify(!findChild(item("pageScroll"), "scrollBar").visible);
+    }
+
     function test_aTallPageScrollsVertically() {
         const scroll = item("pageScroll");
         compare(scroll.view.contentHeight, item("pageColumn").height);
