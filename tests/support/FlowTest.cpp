@@ -2,11 +2,11 @@
 #include "support/FlowTest.h"
 
 #include "core/Paths.h"
+#include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
 
-#include <QMetaEnum>
 #include <QTest>
 
 namespace cartloom
@@ -46,8 +46,7 @@ bool FlowTest::comesToRest()
 
 bool FlowTest::goesThrough(AppModel::Stage stage)
 {
-    const auto name =
-        QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
+    const auto name = nameOf(stage);
     const auto before = m_recorder->stages().size();
     return comesTrue([&] { return m_recorder->stages().mid(before).contains(name); }) && comesToRest();
 }
