@@ -177,12 +177,12 @@ PageCase {
 
     function test_theWaysOutAreThereOnlyForAFailedGameDownload() {
         probe.put({ gameDownloadFailed: true });
-        verify(!item("recoveryRow").visible);
+        verify(!shows("recoveryRow"));
         probe.put({ errorMessage: "An error." });
         verify(item("recoveryRow").visible);
         compare(item("openDownloadPage").text, "Open the download page");
         probe.put({ gameDownloadFailed: false });
-        verify(!item("recoveryRow").visible);
+        verify(!shows("recoveryRow"));
     }
 
     function test_theDownloadPageIsOpenedInTheBrowser() {
@@ -204,7 +204,8 @@ PageCase {
 
     function test_markupIsShownToTheLetter(row) {
         const markup = "<b>bold</b> & <img src='x'>";
-        probe.put({ stage: "gettingAres", [row.field]: "plain" });
+        const message = row.field === "notice" ? undefined : "An error.";
+        probe.put({ stage: "gettingAres", errorMessage: message, [row.field]: "plain" });
         const text = item(row.element);
         probe.put({ [row.field]: markup });
         compare(text.text, markup);
