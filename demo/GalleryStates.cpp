@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GalleryStates.h"
 
+#include "GalleryWindow.h"
 #include "support/ModelProbe.h"
 
 namespace cartloom
@@ -12,6 +13,10 @@ namespace
 using Stage = AppModel::Stage;
 using P = ModelProbe;
 
+constexpr QSize smallWindow(480, 600);
+constexpr QSize largeWindow(900, 900);
+constexpr qreal largerText = 1.5;
+
 void beIdle(AppModel& /*model*/) {}
 
 void beSetUp(AppModel& model)
@@ -20,11 +25,29 @@ void beSetUp(AppModel& model)
     P::setAresVersion(model, QStringLiteral("v148"));
 }
 
+void useExternal(AppModel& model)
+{
+    P::setSetupDone(model, true);
+    P::setUsingExternalAres(model, true);
+    model.setFullscreen(true);
+}
+
 void download(AppModel& model, Stage stage, std::optional<double> fraction, const QString& line)
 {
     P::setStage(model, stage);
     P::setFraction(model, fraction);
     P::setDetailLine(model, line);
+}
+
+void downloadHalf(AppModel& model)
+{
+    download(model, Stage::gettingAres, 0.4, QStringLiteral("32 MB of 80 MB · 12.3 MB/s"));
+}
+
+void play(AppModel& model, Stage stage)
+{
+    beSetUp(model);
+    P::setStage(model, stage);
 }
 
 void fail(AppModel& model, const QString& details)
@@ -42,6 +65,11 @@ QString longDetails()
     return lines.join(u'\n');
 }
 
+void failAtLength(AppModel& model)
+{
+    fail(model, longDetails());
+}
+
 void failToGetGame(AppModel& model)
 {
     P::setAresVersion(model, QStringLiteral("v148"));
@@ -50,41 +78,96 @@ void failToGetGame(AppModel& model)
     P::setGameDownloadFailed(model, true);
 }
 
-std::vector<GalleryState> statesOfPage()
+void offer(AppModel& model, const std::filesystem::path& app)
+{
+    P::setOfferExternal(model, app);
+}
+
+void offerAtLength(AppModel& model)
+{
+    offer(model, "/home/anna/" + std::string(300, 'n') + "/Applications/ares.app");
+}
+
+void offerUpdate(AppModel& model)
+{
+    beSetUp(model);
+    AresRelease release;
+    release.tagName = QStringLiteral("v149");
+    P::setUpdateOffer(model, release);
+}
+
+void askWhetherToReset(AppModel& model)
+{
+    beSetUp(model);
+    model.setConfirmReset(true);
+}
+
+void openDetails(const QQuickWindow& window)
+{
+    GalleryWindow::press(window, QStringLiteral("Show Details"));
+    GalleryWindow::requireShown(window, longDetails());
+}
+
+void openAbout(const QQuickWindow& window)
+{
+    GalleryWindow::press(window, QStringLiteral("About"));
+    GalleryWindow::requireShown(window, QStringLiteral("About Cartloom"));
+}
+
+void openAboutAtItsEnd(QQuickWindow& window)
+{
+    openAbout(window);
+    GalleryWindow::scrollToEnd(window, QStringLiteral("Close"));
+}
+
+void readLicenceToItsEnd(QQuickWindow& window)
+{
+    openAbout(window);
+    GalleryWindow::scrollToEnd(window, QStringLiteral("Copyright (c) 2004-2025 ares team, Near et al"));
+}
+
+void useKeyboardInAbout(QQuickWindow& window)
+{
+    openAbout(window);
+    GalleryWindow::tab(window, 1);
+}
+
+void scrollPageToItsEnd(QQuickWindow& window)
+{
+    GalleryWindow::scrollToEnd(window, QStringLiteral("About"));
+}
+
+void useKeyboard(QQuickWindow& window)
+{
+    GalleryWindow::tab(window, 4);
+}
+
+std::vector<GalleryState> statesOfWork()
 {
     return {
-        {QStringLiteral("idle-before-set-up"), beIdle, {}, QStringLiteral("Set up and Play")},
-        {QStringLiteral("idle-after-set-up"), beSetUp, {}, QStringLiteral("Play")},
-        {QStringLiteral("bar-determinate"),
-         [](AppModel& model) {
-             download(model, Stage::gettingAres, 0.4, QStringLiteral("32 MB of 80 MB, 12.3 MB/s"));
-         },
-         {},
-         QStringLiteral("Getting Ares")},
+        {QStringLiteral("idle-before-set-up"), beIdle, QStringLiteral("Set up and Play")},
+        {QStringLiteral("idle-after-set-up"), beSetUp, QStringLiteral("Play")},
+        {QStringLiteral("idle-external"), useExternal, QStringLiteral("Using the Ares already on this Mac")},
+        {QStringLiteral("bar-determinate"), downloadHalf, QStringLiteral("Cancel")},
         {QStringLiteral("bar-indeterminate"),
          [](AppModel& model) { download(model, Stage::gettingGame, {}, QStringLiteral("3.2 MB")); },
-         {},
-         QStringLiteral("Getting the game")},
-        {QStringLiteral("playing"),
-         [](AppModel& model) {
-             beSetUp(model);
-             P::setStage(model, Stage::playing);
-         },
-         {},
+         QStringLiteral("Getting the game"), GalleryWindow::letBarTravel},
+        {QStringLiteral("starting"), [](AppModel& model) { play(model, Stage::starting); },
+         QStringLiteral("Starting")},
+        {QStringLiteral("playing"), [](AppModel& model) { play(model, Stage::playing); },
          QStringLiteral("Playing...")},
+    };
+}
+
+std::vector<GalleryState> statesOfMessages()
+{
+    return {
         {QStringLiteral("error-without-details"), [](AppModel& model) { fail(model, {}); }},
-        {QStringLiteral("error-details-closed"),
-         [](AppModel& model) { fail(model, longDetails()); },
-         {},
-         QStringLiteral("Show Details")},
-        {QStringLiteral("error-details-open"),
-         [](AppModel& model) { fail(model, longDetails()); },
-         {QStringLiteral("Show Details")},
-         longDetails()},
-        {QStringLiteral("error-recovery"), failToGetGame, {}, QStringLiteral("I already have the file")},
+        {QStringLiteral("error-details-closed"), failAtLength, QStringLiteral("Show Details")},
+        {QStringLiteral("error-details-open"), failAtLength, QStringLiteral("Show Details"), openDetails},
+        {QStringLiteral("error-recovery"), failToGetGame, QStringLiteral("I already have the file")},
         {QStringLiteral("notice"),
          [](AppModel& model) { P::setNotice(model, QStringLiteral("Cancelled. Nothing was changed.")); },
-         {},
          QStringLiteral("Cancelled. Nothing was changed.")},
     };
 }
@@ -92,34 +175,34 @@ std::vector<GalleryState> statesOfPage()
 std::vector<GalleryState> statesAbovePage()
 {
     return {
-        {QStringLiteral("alert-offer"),
-         [](AppModel& model) { P::setOfferExternal(model, "/Applications/ares.app"); },
-         {},
+        {QStringLiteral("alert-offer"), [](AppModel& model) { offer(model, "/Applications/ares.app"); },
          QStringLiteral("Ares is already on this Mac")},
-        {QStringLiteral("alert-update"),
-         [](AppModel& model) {
-             beSetUp(model);
-             AresRelease release;
-             release.tagName = QStringLiteral("v149");
-             P::setUpdateOffer(model, release);
-         },
-         {},
-         QStringLiteral("A newer Ares is available")},
-        {QStringLiteral("alert-reset"),
-         [](AppModel& model) {
-             beSetUp(model);
-             model.setConfirmReset(true);
-         },
-         {},
-         QStringLiteral("Reset everything?")},
-        {QStringLiteral("about"), beSetUp, {QStringLiteral("About")}, QStringLiteral("About Cartloom")},
-        {QStringLiteral("about-small"),
-         beSetUp,
-         {QStringLiteral("About")},
-         QStringLiteral("About Cartloom"),
-         {480, 600}},
-        {QStringLiteral("window-small"), failToGetGame, {}, {}, {480, 600}},
-        {QStringLiteral("window-large"), beSetUp, {}, {}, {900, 900}},
+        {QStringLiteral("alert-offer-long"), offerAtLength, QStringLiteral("Ares is already on this Mac")},
+        {QStringLiteral("alert-update"), offerUpdate, QStringLiteral("A newer Ares is available")},
+        {QStringLiteral("alert-reset"), askWhetherToReset, QStringLiteral("Reset everything?")},
+        {QStringLiteral("about"), beSetUp, {}, openAbout},
+        {QStringLiteral("about-licence-end"), beSetUp, {}, readLicenceToItsEnd},
+        {QStringLiteral("about-keyboard"), beSetUp, {}, useKeyboardInAbout},
+        {QStringLiteral("drop"), beSetUp, QStringLiteral("Play"), GalleryWindow::dragFileOver},
+        {QStringLiteral("keyboard"), beSetUp, QStringLiteral("Play"), useKeyboard},
+    };
+}
+
+std::vector<GalleryState> statesOfOtherSizes()
+{
+    return {
+        {QStringLiteral("small"), beSetUp, {}, {}, smallWindow},
+        {QStringLiteral("small-end"), failToGetGame, {}, scrollPageToItsEnd, smallWindow},
+        {QStringLiteral("small-about"), beSetUp, {}, openAbout, smallWindow},
+        {QStringLiteral("large"), beSetUp, {}, {}, largeWindow},
+        {QStringLiteral("large-about"), beSetUp, {}, openAbout, largeWindow},
+        {QStringLiteral("text-larger"), beIdle, {}, {}, {480, 640}, largerText},
+        {QStringLiteral("text-larger-end"), useExternal, {}, scrollPageToItsEnd, {480, 640}, largerText},
+        {QStringLiteral("text-larger-bar"), downloadHalf, {}, {}, {480, 640}, largerText},
+        {QStringLiteral("text-larger-error"), failToGetGame, {}, {}, {480, 640}, largerText},
+        {QStringLiteral("text-larger-alert"), askWhetherToReset, {}, {}, {480, 640}, largerText},
+        {QStringLiteral("text-larger-about"), beSetUp, {}, openAbout, {480, 640}, largerText},
+        {QStringLiteral("text-larger-about-end"), beSetUp, {}, openAboutAtItsEnd, {480, 640}, largerText},
     };
 }
 
@@ -127,10 +210,12 @@ std::vector<GalleryState> statesAbovePage()
 
 std::vector<GalleryState> galleryStates()
 {
-    auto states = statesOfPage();
-    for (auto& state : statesAbovePage())
-        states.push_back(std::move(state));
-    return states;
+    std::vector<GalleryState> all;
+    for (auto* const part : {statesOfWork, statesOfMessages, statesAbovePage, statesOfOtherSizes}) {
+        for (auto& state : part())
+            all.push_back(std::move(state));
+    }
+    return all;
 }
 
 } // namespace cartloom

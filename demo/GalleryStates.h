@@ -3,6 +3,7 @@
 
 #include "core/AppModel.h"
 
+#include <QQuickWindow>
 #include <QSize>
 #include <QString>
 
@@ -19,12 +20,14 @@ struct GalleryState
     QString name;
     /// Puts a model that has just been made into the state.
     std::function<void(AppModel&)> put;
-    /// The texts of the buttons to press then, in this order.
-    QStringList presses = {};
-    /// A text that must be seen before the picture is taken; none when it is empty.
+    /// A text that must be seen; none when it is empty.
     QString shows = {};
+    /// What is then done with the window; nothing when it is empty.
+    std::function<void(QQuickWindow&)> act = {};
     /// In points.
     QSize window = {480, 640};
+    /// How much larger than usual the player wants all texts.
+    qreal textScale = 1;
 };
 
 /// Every state of the window that is worth a look.

@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "GalleryStates.h"
+#include "GalleryWindow.h"
 #include "Say.h"
 #include "core/CartloomApp.h"
 #include "support/Sandbox.h"
 
 #include <QDir>
+#include <QFont>
 #include <QGuiApplication>
-#include <QQuickItem>
 #include <QQuickWindow>
-#include <QTest>
 
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
-#include <utility>
-
-using namespace std::chrono_literals;
 
 namespace cartloom
 {
@@ -23,29 +19,7 @@ namespace cartloom
 namespace
 {
 
-/// How long each wait may take at most.
-constexpr std::chrono::milliseconds limit = 10s;
-
-template <typename Condition>
-void require(const QString& failure, Condition condition)
-{
-    if (!QTest::qWaitFor(condition, static_cast<int>(limit.count())))
-        throw std::runtime_error(failure.toStdString());
-}
-
-QQuickItem* itemSaying(QQuickItem* item, const QString& text)
-{
-    if (!item->isVisible())
-        return nullptr;
-    if (item->width() > 0 && item->property("text").toString() == text)
-        return item;
-    const auto children = item->childItems();
-    for (QQuickItem* child : children) {
-        if (QQuickItem* found = itemSaying(child, text))
-            return found;
-    }
-    return nullptr;
-}
+using namespace GalleryWindow;
 
 QQuickWindow& windowOf(CartloomApp& cartloom)
 {
@@ -56,47 +30,31 @@ QQuickWindow& windowOf(CartloomApp& cartloom)
     return *window;
 }
 
-void requireShown(const QQuickWindow& window, const QString& text)
+/// Larger texts are asked for by a larger font of the system's, 13 points at most being usual.
+void setTextScale(qreal scale)
 {
-    require(QStringLiteral("the window does not show \"%1\"").arg(text.section(u'\n', 0, 0)),
-            [&] { return itemSaying(window.contentItem(), text) != nullptr; });
-}
-
-/// An element below the edge of a small window is reached without the mouse.
-void press(QQuickWindow& window, const QString& text)
-{
-    requireShown(window, text);
-    QQuickItem* const item = itemSaying(window.contentItem(), text);
-    if (!QMetaObject::invokeMethod(item, "clicked"))
-        throw std::runtime_error("\"" + text.toStdString() + "\" cannot be pressed");
-}
-
-/// The window as it stays: twice the same picture, a frame apart. Only a bar that moves never comes to rest.
-QImage settledPicture(QQuickWindow& window, bool moves)
-{
-    QImage picture;
-    require(QStringLiteral("the window does not come to rest"), [&] {
-        const QImage before = std::exchange(picture, window.grabWindow());
-        return !picture.isNull() && (moves || before == picture);
-    });
-    return picture;
+    QFont font = QGuiApplication::font();
+    font.setPointSizeF(13 * scale);
+    QGuiApplication::setFont(font);
 }
 
 void takePicture(const GalleryState& state, const QDir& folder)
 {
     const Sandbox sandbox;
+    setTextScale(state.textScale);
     CartloomApp cartloom;
     QQuickWindow& window = windowOf(cartloom);
     window.resize(state.window);
     require(QStringLiteral("the window was not shown"), [&] { return window.isExposed(); });
     require(QStringLiteral("the window did not get its size"), [&] { return window.size() == state.window; });
     state.put(cartloom.model());
-    for (const QString& text : state.presses)
-        press(window, text);
     if (!state.shows.isEmpty())
         requireShown(window, state.shows);
+    if (state.act)
+        state.act(window);
     const auto& model = cartloom.model();
-    const QImage picture = settledPicture(window, model.canCancel() && !model.fraction());
+    const bool moves = model.stage() == AppModel::Stage::starting || model.canCancel();
+    const QImage picture = settledPicture(window, moves && !model.fraction());
     const QString file = folder.filePath(state.name + QStringLiteral(".png"));
     if (!picture.save(file))
         throw std::runtime_error("cannot write " + file.toStdString());

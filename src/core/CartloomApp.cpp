@@ -4,9 +4,12 @@
 #include "core/Paths.h"
 #include "platform/Appearance.h"
 #include "platform/JustInTime.h"
+#include "platform/ThreadLoops.h"
 
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QNetworkProxyFactory>
+#include <QQmlComponent>
 #include <QQuickWindow>
 #include <QSurfaceFormat>
 
@@ -16,6 +19,17 @@
 namespace cartloom
 {
 
+namespace
+{
+
+/// Has Qt look for the system's fonts, which it does when the first text is measured.
+void findFonts()
+{
+    static_cast<void>(QFontMetrics(QGuiApplication::font()).height());
+}
+
+} // namespace
+
 void CartloomApp::prepare()
 {
     QCoreApplication::setApplicationName(QStringLiteral("Cartloom"));
@@ -23,6 +37,7 @@ void CartloomApp::prepare()
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
     JustInTime::forbidForPatterns();
+    ThreadLoops::leaveOutGLib();
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 #ifdef Q_OS_LINUX
     // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.
@@ -48,7 +63,11 @@ CartloomApp::CartloomApp()
     QObject::connect(&m_instance, &SingleInstance::startedAgain, &m_engine, [this] { showWindow(); });
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
-    m_engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml")));
+    const QUrl window(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml"));
+    // Qt reads it on a thread of its own.
+    const QQmlComponent ahead(&m_engine, window, QQmlComponent::Asynchronous);
+    findFonts();
+    m_engine.load(window);
 }
 
 void CartloomApp::showWindow() const

@@ -77,6 +77,8 @@ QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path fol
             requireDirectory(archive);
             runTool(tool);
             TreeInspection::inspect(folder);
+            // Here, because to give back the room of so large a file takes as long as a frame.
+            Files::tryRemove(archive);
             end.resolve();
         } catch (const std::exception&) {
             end.reject(std::current_exception());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/ChildProcess.h"
 
+#include "platform/ThreadLoops.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
@@ -49,12 +51,15 @@ private:
     posix_spawn_file_actions_t m_actions = {};
 };
 
-/// This process's environment, with the settings in place of what it has under their names.
+/// The environment that this process was started with, and the settings in place of what it has under their
+/// names.
 std::vector<std::string> environmentWith(const std::vector<std::string>& settings)
 {
     std::vector<std::string> variables = settings;
     for (char** variable = environ; *variable; ++variable) {
         const std::string inherited = *variable;
+        if (ThreadLoops::hasSet(inherited))
+            continue;
         const auto name = inherited.substr(0, inherited.find('=') + 1);
         if (std::ranges::none_of(settings, [&](const auto& setting) { return setting.starts_with(name); }))
             variables.push_back(inherited);

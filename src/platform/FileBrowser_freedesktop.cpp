@@ -20,12 +20,17 @@ void reveal(const std::filesystem::path& folder)
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowFolders"));
     call.setArguments({QStringList{url.toString(QUrl::FullyEncoded)}, QString()});
     auto* const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
-    QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, [answer, url] {
+    const auto judge = [answer, url] {
         // Not every desktop has a file manager that answers to this name.
         if (answer->isError())
             QDesktopServices::openUrl(url);
         answer->deleteLater();
-    });
+    };
+    // Without a bus, the call is over at once, and nothing is told later.
+    if (answer->isFinished())
+        judge();
+    else
+        QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, judge);
 }
 
 } // namespace cartloom::FileBrowser

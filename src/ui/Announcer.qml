@@ -2,25 +2,13 @@
 import QtQuick
 import Cartloom
 
-/// Tells assistive technology what has changed. Nothing of it can be seen.
-/// A screen reader speaks an alert when it appears, so that each new text appears anew.
-Item {
+/// Tells assistive technology what has changed: the stage while there is one, or else the message.
+Announcement {
     required property AppModel model
     required property string stageTitle
 
-    readonly property string message: model.errorMessage ?? model.notice ?? ""
-    readonly property string announcement: stageTitle || message
-
-    function appear() {
-        visible = false;
-        visible = announcement !== "";
-    }
-
-    width: 1
-    height: 1
-    visible: false
-    onAnnouncementChanged: appear()
+    text: stageTitle || (model.errorMessage ?? model.notice ?? "")
 
     Accessible.role: Accessible.AlertMessage
-    Accessible.name: announcement
+    Accessible.name: text
 }

@@ -11,8 +11,6 @@ T.CheckBox {
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Math.max(implicitContentHeight, implicitIndicatorHeight) + topPadding + bottomPadding
     spacing: 6
-    topPadding: 2
-    bottomPadding: 2
     font: Theme.body
 
     // A key that is held down presses once. The space bar is the template's.
@@ -22,16 +20,19 @@ T.CheckBox {
     indicator: SmoothRectangle {
         objectName: "checkIndicator"
         anchors.verticalCenter: parent.verticalCenter
-        implicitWidth: 14
-        implicitHeight: 14
-        radius: 3.5
+        implicitWidth: Theme.scaled(14)
+        implicitHeight: implicitWidth
+        radius: width / 4
         fillColor: control.checked ? Theme.accent : control.down ? Theme.controlPressed : Theme.control
         strokeColor: control.checked ? Theme.accent : Theme.scrollHandle
         strokeWidth: 1
 
         Shape {
             objectName: "checkMark"
-            anchors.fill: parent
+            anchors.centerIn: parent
+            width: 14
+            height: 14
+            scale: parent.width / width
             visible: control.checked
 
             ShapePath {
@@ -54,7 +55,7 @@ T.CheckBox {
         }
     }
     contentItem: Label {
-        leftPadding: 14 + control.spacing
+        leftPadding: control.indicator.width + control.spacing
         text: control.text
         font: control.font
         verticalAlignment: Text.AlignVCenter

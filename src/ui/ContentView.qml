@@ -90,12 +90,13 @@ Rectangle {
                 title: page.buttonTitle
             }
 
-            StatusArea {
+            LazyLoader {
                 objectName: "statusArea"
                 width: column.lineWidth
-                visible: page.model.canCancel || page.model.stage === "starting"
-                model: page.model
-                title: page.stageTitle
+                visible: wanted
+                component: "StatusArea"
+                wanted: page.model.canCancel || page.model.stage === "starting"
+                properties: ({ page: page })
             }
 
             Messages {

@@ -18,7 +18,6 @@ Column {
         objectName: "disclosureButton"
         text: group.label
         font: Theme.body
-        padding: 1
         onClicked: group.expanded = !group.expanded
 
         Accessible.checkable: true
@@ -32,6 +31,7 @@ Column {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 10
                 height: 10
+                scale: Theme.textScale
                 rotation: group.expanded ? 90 : 0
                 opacity: toggle.down ? 0.5 : 0.8
 

@@ -11,14 +11,17 @@ DropArea {
     keys: ["text/uri-list"]
     onDropped: drop => area.model.openDropped(drop.urls)
 
-    SmoothRectangle {
+    Loader {
         objectName: "dropHighlight"
         anchors.fill: parent
         anchors.margins: 6
         visible: area.containsDrag
-        radius: 14
-        fillColor: Theme.tinted(Theme.green, 0.08)
-        strokeColor: Theme.green
-        strokeWidth: 2
+        active: visible
+        sourceComponent: SmoothRectangle {
+            radius: 14
+            fillColor: Theme.tinted(Theme.green, 0.08)
+            strokeColor: Theme.green
+            strokeWidth: 2
+        }
     }
 }

@@ -3,14 +3,15 @@ import QtQuick
 import Cartloom
 
 /// What is drawn around its parent while the keyboard is on it.
-SmoothRectangle {
+Rectangle {
     /// The corner radius of what the ring goes around.
     property real innerRadius: 0
 
     objectName: "focusRing"
     anchors.fill: parent
-    anchors.margins: -3
-    radius: innerRadius + 3
-    strokeColor: Theme.focusRing
-    strokeWidth: 2
+    anchors.margins: -4
+    radius: innerRadius + 4
+    color: "transparent"
+    border.color: Theme.focusRing
+    border.width: 2
 }

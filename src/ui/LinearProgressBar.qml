@@ -10,27 +10,27 @@ T.ProgressBar {
     implicitWidth: implicitContentWidth
     implicitHeight: implicitContentHeight
 
-    contentItem: SmoothRectangle {
+    contentItem: Rectangle {
         implicitHeight: 6
         radius: 3
-        fillColor: Theme.track
+        color: Theme.track
 
-        SmoothRectangle {
+        Rectangle {
             objectName: "progressFill"
             visible: !control.indeterminate && width > 0
             width: control.visualPosition * parent.width
             height: parent.height
             radius: 3
-            fillColor: Theme.accent
+            color: Theme.accent
         }
 
-        SmoothRectangle {
+        Rectangle {
             objectName: "progressTraveller"
             visible: control.indeterminate
             width: parent.width / 4
             height: parent.height
             radius: 3
-            fillColor: Theme.accent
+            color: Theme.accent
 
             SequentialAnimation on x {
                 objectName: "progressTravel"

@@ -6,8 +6,6 @@ import Cartloom
 ButtonBase {
     id: control
 
-    topPadding: 2
-    bottomPadding: 2
     font: Theme.caption
     opacity: enabled ? 1 : 0.4
 

@@ -13,11 +13,13 @@ Column {
 
     visible: failed || noticed
 
-    ErrorBox {
+    LazyLoader {
         objectName: "errorBox"
         width: parent.width
         visible: area.failed
-        model: area.model
+        component: "ErrorBox"
+        wanted: area.failed
+        properties: ({ model: area.model })
     }
 
     Label {

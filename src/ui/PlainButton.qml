@@ -13,8 +13,8 @@ ButtonBase {
 
     leftPadding: 12
     rightPadding: 12
-    topPadding: 4
-    bottomPadding: 4
+    topPadding: 3
+    bottomPadding: 3
     font: Theme.body
     opacity: enabled ? 1 : 0.4
 
@@ -26,9 +26,9 @@ ButtonBase {
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
-    background: SmoothRectangle {
+    background: Rectangle {
         radius: control.cornerRadius
-        fillColor: control.fillColor
+        color: control.fillColor
     }
 
     FocusRing {

@@ -2,7 +2,9 @@
 import QtQuick
 import QtQuick.Templates as T
 
-/// Scrolls what is in it vertically, when there is too little room for it.
+/// Scrolls what is in it vertically, when there is too little room for it. Where its edge is not the
+/// window's, there must be no shapes in it: the software scene graph draws one that is scrolled out of sight
+/// as a whole all the same.
 T.ScrollView {
     id: pane
 

@@ -6,8 +6,10 @@ import Cartloom
 Column {
     id: area
 
-    required property AppModel model
-    required property string title
+    required property ContentView page
+
+    readonly property AppModel model: page.model
+    readonly property string title: page.stageTitle
 
     spacing: 6
 

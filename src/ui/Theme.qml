@@ -26,7 +26,7 @@ QtObject {
     readonly property color green: "#30d158"
     readonly property color yellow: "#ffd60a"
     readonly property color orange: "#ff9f0a"
-    readonly property color red: "#ff453a"
+    readonly property color red: "#ff6961"
     readonly property color grey: "#98989d"
 
     /// What is filled with the accent: the default button of an alert, a progress bar.

@@ -13,10 +13,11 @@ T.ScrollBar {
     minimumSize: 0.1
     visible: size < 1
 
-    contentItem: SmoothRectangle {
+    contentItem: Rectangle {
         implicitWidth: 6
         implicitHeight: 6
-        radius: 3
-        fillColor: control.pressed ? Theme.text : Theme.scrollHandle
+        // No more than what is left of half the width when a scale factor gives an odd number of dots.
+        radius: 2.5
+        color: control.pressed ? Theme.text : Theme.scrollHandle
     }
 }

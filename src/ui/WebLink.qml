@@ -3,7 +3,8 @@ import QtQuick
 import Cartloom
 
 /// A link to a page, which the system's browser opens. Without an address there is no link.
-/// It is no control of the toolkit's: those tell assistive technology their own role, whatever they are given.
+/// It is no control of the toolkit's: those tell assistive technology their own role, whatever they are
+/// given.
 Item {
     id: link
 
@@ -15,7 +16,7 @@ Item {
     }
 
     implicitWidth: label.implicitWidth
-    implicitHeight: label.implicitHeight + 4
+    implicitHeight: label.implicitHeight
     visible: address !== ""
     activeFocusOnTab: true
 
@@ -30,7 +31,6 @@ Item {
 
     Label {
         id: label
-        y: 2
         text: link.text
         color: tap.pressed ? Theme.linkPressed : Theme.link
         Accessible.ignored: true

@@ -122,6 +122,33 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), QStringList());
     }
 
+    void aFileOfTheWrongSizeIsRefusedByBoth_data()
+    {
+        QTest::addColumn<bool>("strict");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<QString>("kilobytes");
+        QTest::newRow("game, too small") << true << qint64(9'999'999) << QStringLiteral("9999 KB");
+        QTest::newRow("own ROM, too small") << false << qint64(999'999) << QStringLiteral("999 KB");
+        QTest::newRow("own ROM, too large") << false << qint64(128'000'001) << QStringLiteral("128000 KB");
+    }
+
+    void aFileOfTheWrongSizeIsRefusedByBoth()
+    {
+        QFETCH(const bool, strict);
+        QFETCH(const qint64, size);
+        QFETCH(const QString, kilobytes);
+        writeSparse(rom(), bigEndianHeader, size);
+        strict ? m_model->chooseExistingGameFile() : m_model->openROM();
+        choose(rom());
+        QCOMPARE(
+            message(),
+            QStringLiteral("That file is not the right size for a Nintendo 64 game (%1).").arg(kilobytes));
+        QCOMPARE(m_model->errorDetails(), QString());
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+        QVERIFY(!ModelProbe::task(*m_model));
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
     void choosingTheInstalledGameItselfLosesNothing()
     {
         saveGame();

@@ -6,6 +6,7 @@
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
@@ -96,6 +97,35 @@ private Q_SLOTS:
         m_model->reset();
         QCOMPARE(m_model->notice(), notice);
         QVERIFY(!fs::exists(Paths::support()));
+    }
+
+    void whatCannotBeDeletedStaysAndTheNoticeComesAllTheSame()
+    {
+        installAres();
+        saveGame();
+        restart();
+        m_sandbox->giveToEveryone();
+        fs::permissions(Paths::support(), fs::perms(0555));
+        {
+            const Unprivileged unprivileged;
+            m_model->reset();
+        }
+        fs::permissions(Paths::support(), fs::perms(0755));
+        QCOMPARE(m_model->notice(), notice);
+        QCOMPARE(m_model->errorMessage(), std::nullopt);
+        QCOMPARE(Sandbox::storage().size(), 3);
+        // What is shown is what there is.
+        QCOMPARE(m_model->setupDone(), true);
+    }
+
+    void theCopyThatWasChosenIsOfferedAgain()
+    {
+        const auto found = makeAresApp(m_sandbox->home() / "Applications");
+        Preferences::setText(PreferenceKeys::externalAres, toText(found));
+        restart();
+        m_model->reset();
+        m_model->play();
+        QTRY_COMPARE(m_model->offerExternal(), found);
     }
 
     void theChosenEmulatorIsForgottenAndLeftAlone()

@@ -76,6 +76,34 @@ private Q_SLOTS:
         QCOMPARE(m_sites->asked(), QStringList());
     }
 
+    void aCheckRemovesTheMessagesOfBefore()
+    {
+        ModelProbe::setErrorMessage(*m_model, QStringLiteral("of before"));
+        ModelProbe::setErrorDetails(*m_model, QStringLiteral("of before"));
+        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        static_cast<void>(offer());
+        QCOMPARE(m_model->errorMessage(), std::nullopt);
+        QCOMPARE(m_model->errorDetails(), QString());
+        QCOMPARE(m_model->notice(), std::nullopt);
+    }
+
+    void aCheckCannotBeCancelledAndShowsNoProgress()
+    {
+        RawConnection* asking = nullptr;
+        m_sites->scripts[ScriptedSites::latest] = [&](RawConnection& connection, const RawRequest&) {
+            asking = &connection;
+        };
+        m_model->checkForUpdate();
+        QTRY_VERIFY(asking);
+        QVERIFY(!ModelProbe::task(*m_model));
+        m_model->cancel();
+        asking->send(m_sites->answers[ScriptedSites::latest]);
+        QTRY_VERIFY(m_model->updateOffer().has_value());
+        QCOMPARE(m_model->notice(), std::nullopt);
+        QCOMPARE(m_recorder->stages(), QStringList{QStringLiteral("idle")});
+        QCOMPARE(m_model->fraction(), std::nullopt);
+    }
+
     void aFailedCheckIsWordedWithItsStep()
     {
         m_sites->answers[ScriptedSites::latest] = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nshort";
@@ -104,6 +132,47 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QCOMPARE(m_recorder->changes(), QStringList());
         QCOMPARE(m_sites->asked(), QStringList());
+    }
+
+    void neitherDoesAnythingInTheInstantOfAPress()
+    {
+        installAres();
+        saveGame();
+        restart();
+        m_model->play();
+        m_model->checkForUpdate();
+        m_model->installUpdate(AresRelease{QStringLiteral("v148"), {}, {}, 0});
+        QVERIFY(goesThrough(Stage::playing));
+        QCOMPARE(m_sites->asked(), QStringList());
+        QVERIFY(!m_recorder->stages().contains(QStringLiteral("gettingAres")));
+    }
+
+    void anUpdateShowsHowFarItIs()
+    {
+        installAres("v146");
+        restart();
+        const auto release = offer();
+        const QByteArray archive = m_sites->answers[ScriptedSites::archive];
+        qsizetype sent = archive.size() / 2;
+        RawConnection* serving = nullptr;
+        m_sites->scripts[ScriptedSites::archive] = [&](RawConnection& connection, const RawRequest&) {
+            connection.send(archive.first(sent));
+            serving = &connection;
+        };
+        m_model->installUpdate(release);
+        QTRY_VERIFY(serving);
+        // What has come is told at intervals, and only when more comes.
+        const auto isTold = [&] {
+            serving->send(archive.sliced(sent++, 1));
+            return m_model->fraction().value_or(0) > 0;
+        };
+        QTRY_VERIFY(isTold());
+        QVERIFY(*m_model->fraction() < 1);
+        QVERIFY2(m_model->detailLine().contains(QStringLiteral(" of ")), qPrintable(m_model->detailLine()));
+        m_model->cancel();
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->fraction(), std::nullopt);
+        QCOMPARE(m_model->detailLine(), QString());
     }
 
     void anUpdateKeepsTheOldCopyAndSaysSo()

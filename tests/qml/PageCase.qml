@@ -24,6 +24,11 @@ TestCase {
         return found;
     }
 
+    /// Whether an element of the page is there and can be seen.
+    function shows(name) {
+        return findChild(page, name)?.visible ?? false;
+    }
+
     /// An alert or the sheet, by name, if it was ever asked for.
     function popup(name) {
         return item(name).item;
@@ -82,6 +87,15 @@ TestCase {
         // A text keeps its colour in eight bits a channel.
         compare(String(Qt.rgba(actual.r, actual.g, actual.b, 1)), expected);
         fuzzyCompare(actual.a, opacity, 0.003);
+    }
+
+    function verifyMonospaced(font) {
+        metrics.font = font;
+        compare(metrics.advanceWidth("iiii"), metrics.advanceWidth("MMMM"));
+    }
+
+    FontMetrics {
+        id: metrics
     }
 
     visible: true

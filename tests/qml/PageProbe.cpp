@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PageProbe.h"
 
+#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
+#include "platform/Files.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
 #include "support/ModelProbe.h"
@@ -25,6 +27,9 @@ namespace
 {
 
 const QUrl nowhere(QStringLiteral("http://127.0.0.1:1"));
+
+/// What would be opened with other programs.
+const QStringList schemes = {QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("file")};
 
 template <typename T>
 std::optional<T> optionalOf(const QVariant& value)
@@ -94,15 +99,15 @@ const QHash<QString, Setter>& setters()
 PageProbe::PageProbe()
 {
     QAccessible::setActive(true);
-    QDesktopServices::setUrlHandler(nowhere.scheme(), this, "open");
-    QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
+    for (const auto& scheme : schemes)
+        QDesktopServices::setUrlHandler(scheme, this, "open");
     renew();
 }
 
 PageProbe::~PageProbe()
 {
-    QDesktopServices::unsetUrlHandler(nowhere.scheme());
-    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    for (const auto& scheme : schemes)
+        QDesktopServices::unsetUrlHandler(scheme);
 }
 
 void PageProbe::renew()
@@ -229,6 +234,21 @@ QUrl PageProbe::placeRom(const QString& name, qint64 size)
     const auto file = m_sandbox->scratch() / toPath(name);
     writeSparse(file, bigEndianHeader, size);
     return QUrl::fromLocalFile(toText(file));
+}
+
+QUrl PageProbe::storage() const
+{
+    return QUrl::fromLocalFile(toText(Paths::support()));
+}
+
+bool PageProbe::storageIsFolder() const
+{
+    return Files::isFolder(Paths::support());
+}
+
+void PageProbe::obstructStorage() const
+{
+    writeFile(Paths::support(), "in the way");
 }
 
 bool PageProbe::prefersFullscreen() const

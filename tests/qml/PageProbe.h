@@ -61,6 +61,10 @@ public:
     Q_INVOKABLE void leave(QQuickWindow* window);
     /// A file of that size in a folder of its own; its first bytes are those of a game.
     Q_INVOKABLE QUrl placeRom(const QString& name, qint64 size);
+    Q_INVOKABLE QUrl storage() const;
+    Q_INVOKABLE bool storageIsFolder() const;
+    /// Puts something in the place of the storage folder, so that it cannot be made.
+    Q_INVOKABLE void obstructStorage() const;
     /// What the preferences say about full-screen mode.
     Q_INVOKABLE bool prefersFullscreen() const;
     Q_INVOKABLE bool hasIcon(QQuickWindow* window) const;

@@ -14,6 +14,8 @@ class PageSetup : public QObject
 public Q_SLOTS:
     void applicationAvailable()
     {
+        // No file manager of the machine's shall answer.
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
         m_probe.emplace();
     }

@@ -13,6 +13,10 @@ PageCase {
         return found;
     }
 
+    function cleanup() {
+        Theme.textScale = 1;
+    }
+
     function openSheet() {
         mouseClick(item("about"));
         tryVerify(() => popup("aboutView")?.opened);
@@ -62,6 +66,32 @@ PageCase {
         parts.slice(1).forEach((part, i) => compare(part.y - parts[i].y - parts[i].height, 10));
         const close = about("closeAbout");
         compare(close.x + close.width, 420);
+    }
+
+    function test_fonts() {
+        openSheet();
+        verify(about("aboutTitle").font.bold);
+        compare(about("licenceHeading").font.pixelSize, 13);
+        verify(about("licenceHeading").font.bold);
+        for (const name of ["gameCredit", "emulatorNote"]) {
+            compare(about(name).font.pixelSize, 13);
+            verify(!about(name).font.bold);
+        }
+        verifyMonospaced(about("licenceText").font);
+    }
+
+    function test_longParagraphsWrapRatherThanWidenTheSheet() {
+        openSheet();
+        const before = about("emulatorNote").lineCount;
+        popup("aboutView").emulatorSite = "a.rather.long.name.of.a.domain.".repeat(8) + "example";
+        tryVerify(() => about("emulatorNote").lineCount > before + 2);
+        compare(popup("aboutView").width, 460);
+        for (const name of ["gameCredit", "emulatorNote"]) {
+            verify(about(name).lineCount > 1);
+            verify(about(name).contentWidth <= 420);
+            verify(!about(name).truncated);
+            compare(about(name).height, about(name).contentHeight);
+        }
     }
 
     function test_links() {
@@ -143,9 +173,34 @@ PageCase {
     function test_largeTextScrollsInALowWindow() {
         Theme.textScale = 1.5;
         openSheet();
-        compare(popup("aboutView").width, 460);
+        const sheet = popup("aboutView");
+        compare(sheet.width, 460);
         compare(about("licencePane").height, 170);
-        verify(popup("aboutView").height <= page.Window.window.height);
-        Theme.textScale = 1;
+        verify(sheet.height <= page.height);
+        verify(findChild(about("aboutScroll"), "scrollBar").visible);
+    }
+
+    function test_whatIsScrolledOutOfSightIsNotDrawn() {
+        Theme.textScale = 1.6;
+        openSheet();
+        const bottom = about("aboutScroll").mapToItem(page, 0, about("aboutScroll").height).y;
+        verify(about("closeAbout").mapToItem(page, 0, 0).y > bottom);
+        const picture = grabImage(page.Window.window.contentItem);
+        for (let y = bottom; y < page.height; ++y) {
+            for (let x = 300; x < 460; ++x)
+                verify(!Qt.colorEqual(picture.pixel(x, y), Theme.accent), x + ", " + y);
+        }
+    }
+
+    function test_noRingAroundWhatHasTheKeyboardIsCutOff() {
+        openSheet();
+        keyClick(Qt.Key_Tab);
+        verify(about("storeLink").activeFocus);
+        const ring = findChild(about("storeLink"), "focusRing");
+        const place = ring.mapToItem(about("aboutScroll"), 0, 0);
+        verify(place.x >= 0, place.x);
+        const picture = grabImage(page.Window.window.contentItem);
+        const middle = ring.mapToItem(page, 1, ring.height / 2);
+        compare(String(picture.pixel(middle.x, middle.y)), String(Theme.focusRing));
     }
 }

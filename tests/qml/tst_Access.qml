@@ -43,8 +43,9 @@ PageCase {
         waitForRendering(page);
         const rings = () => itemsBelow(page, child => child.objectName === "focusRing" && child.visible);
         compare(rings().length, 0);
-        for (const name of ["mainButton", "disclosureButton", "openDownloadPage", "alreadyHaveTheFile", "openROM",
-                            "fullscreenToggle", "showInFinder", "checkForUpdate", "reset", "about"]) {
+        for (const name of ["mainButton", "disclosureButton", "openDownloadPage", "alreadyHaveTheFile",
+                            "openROM", "fullscreenToggle", "showInFinder", "checkForUpdate", "reset",
+                            "about"]) {
             compare(tab(), name);
             compare(rings().map(ring => ring.parent), [item(name)]);
         }
@@ -89,7 +90,8 @@ PageCase {
         const texts = itemsBelow(page, child => child instanceof Text && child.visible && child.text !== "");
         compare(texts.map(text => text.text), ["Quillet!64", item("blurb").text, "Getting Ares",
                 "Getting Ares",
-                "1 MB", "Cancel", "An error.", "Show Details", "Open the download page", "I already have the file",
+                "1 MB", "Cancel", "An error.", "Show Details", "Open the download page",
+                "I already have the file",
                 "Open a ROM file (.z64 / .v64)...", "Controls", ...item("controlsCard").lines,
                 item("keyboardNote").text, "Fullscreen", "Show in Finder", "Check for a newer Ares", "Reset",
                 "About"]);

@@ -78,6 +78,15 @@ PageCase {
         compare(alertButtons("resetAlert").map(b => b.role), [AlertAction.Destructive, AlertAction.Cancel]);
     }
 
+    function test_theButtonThatDeletesIsDrawnAsSuch() {
+        askReset();
+        const destructive = alertButton("Delete", "resetAlert");
+        const cancel = alertButton("Cancel", "resetAlert");
+        compareColor(destructive.contentItem.color, String(Theme.red), 1);
+        compareColor(cancel.contentItem.color, "#ffffff", 1);
+        verify(!Qt.colorEqual(destructive.background.color, cancel.background.color));
+    }
+
     function test_deleteResets() {
         askReset();
         mouseClick(alertButton("Delete", "resetAlert"));
@@ -89,6 +98,16 @@ PageCase {
     function test_noKeyThatIsPressedAtOnceDeletes_data() {
         return [{ tag: "Return", key: Qt.Key_Return }, { tag: "Space", key: Qt.Key_Space },
                 { tag: "Escape", key: Qt.Key_Escape }];
+    }
+
+    function test_cancelOnlyCloses() {
+        probe.put({ notice: "A notice." });
+        askReset();
+        mouseClick(alertButton("Cancel", "resetAlert"));
+        verify(!model.confirmReset);
+        compare(model.notice, "A notice.");
+        verify(!probe.hasTask());
+        tryVerify(() => !popup("resetAlert")?.visible);
     }
 
     function test_noKeyThatIsPressedAtOnceDeletes(row) {

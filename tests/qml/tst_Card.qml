@@ -15,8 +15,9 @@ PageCase {
             "Torso: hold A for double and triple jumps.",
             "Arms: B spin attack; spin in the air to hover.",
             "Fullbody: Z crouch; Z + C-Left kick.",
-            "Ares does not come with preset keyboard keys. In Ares, open Settings, then Input, to assign keys to "
-            + "the N64 buttons once. A USB or Bluetooth game controller works too: map it in the same place."
+            "Ares does not come with preset keyboard keys. In Ares, open Settings, then Input, to assign "
+            + "keys to the N64 buttons once. A USB or Bluetooth game controller works too: map it in the "
+            + "same place."
         ]);
     }
 

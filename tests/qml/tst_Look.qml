@@ -18,6 +18,8 @@ PageCase {
         const button = item("mainButton");
         compare(button.topPadding, 16);
         compare(button.bottomPadding, 16);
+        compare(button.leftPadding, 0);
+        compare(button.rightPadding, 0);
         compare(button.height, item("bigButtonTitle").implicitHeight + 32);
         compare(button.width, 432);
         compare(item("bigButtonTitle").width, 432);
@@ -86,6 +88,35 @@ PageCase {
         verify(between >= 6, between);
     }
 
+    /// How much of a pixel a white shape covers.
+    function coverage(image, x, y) {
+        return image.red(x, y) / 255;
+    }
+
+    function test_cornersAreContinuous() {
+        const shape = createTemporaryObject(shapeComponent, testCase, { radius: 40 });
+        const image = grabImage(shape);
+        // A circular arc would leave the side at 40. The curve leaves it sooner, where it is hardly bent.
+        compare(coverage(image, 100, 0), 1);
+        compare(coverage(image, 64, 0), 1);
+        verify(coverage(image, 44, 0) < 1, coverage(image, 44, 0));
+        // On the diagonal it passes where the arc does: 40 * (1 - 1 / sqrt(2)) from both sides.
+        compare(coverage(image, 10, 10), 0);
+        compare(coverage(image, 13, 13), 1);
+    }
+
+    function test_aRadiusOfHalfTheSidesIsACircle() {
+        const shape = createTemporaryObject(shapeComponent, testCase, { radius: 100 });
+        const image = grabImage(shape);
+        for (let degrees = 0; degrees < 360; degrees += 5) {
+            const x = Math.cos(degrees * Math.PI / 180);
+            const y = Math.sin(degrees * Math.PI / 180);
+            compare(coverage(image, Math.floor(100 + 98 * x), Math.floor(100 + 98 * y)), 1, degrees);
+            if (degrees % 90 !== 0)
+                compare(coverage(image, Math.floor(100 + 102 * x), Math.floor(100 + 102 * y)), 0, degrees);
+        }
+    }
+
     function test_layersOfTheRobot_data() {
         return [
             { tag: "antenna", width: 4, height: 14, dx: 0, dy: -52 },
@@ -152,6 +183,24 @@ PageCase {
         page.height = row.width;
         compare(Qt.size(item("robotIcon").width, item("robotIcon").height), Qt.size(110, 130));
         compare(placeInIcon("head").width, 90);
+    }
+
+    Component {
+        id: shapeComponent
+
+        Rectangle {
+            property alias radius: shape.radius
+
+            width: 200
+            height: 200
+            color: "black"
+
+            SmoothRectangle {
+                id: shape
+                anchors.fill: parent
+                fillColor: "white"
+            }
+        }
     }
 
     Component {

@@ -120,6 +120,7 @@ PageCase {
         const text = item("detailsText");
         compare(text.text, "One line.");
         compare(text.font.pixelSize, 11);
+        verifyMonospaced(text.font);
         compare(item("detailsPane").height, text.contentHeight);
         compare(item("detailsPane").width, 412);
         verify(!findChild(item("detailsPane"), "scrollBar").visible);
@@ -176,12 +177,12 @@ PageCase {
 
     function test_theWaysOutAreThereOnlyForAFailedGameDownload() {
         probe.put({ gameDownloadFailed: true });
-        verify(!item("recoveryRow").visible);
+        verify(!shows("recoveryRow"));
         probe.put({ errorMessage: "An error." });
         verify(item("recoveryRow").visible);
         compare(item("openDownloadPage").text, "Open the download page");
         probe.put({ gameDownloadFailed: false });
-        verify(!item("recoveryRow").visible);
+        verify(!shows("recoveryRow"));
     }
 
     function test_theDownloadPageIsOpenedInTheBrowser() {
@@ -203,7 +204,8 @@ PageCase {
 
     function test_markupIsShownToTheLetter(row) {
         const markup = "<b>bold</b> & <img src='x'>";
-        probe.put({ stage: "gettingAres", [row.field]: "plain" });
+        const message = row.field === "notice" ? undefined : "An error.";
+        probe.put({ stage: "gettingAres", errorMessage: message, [row.field]: "plain" });
         const text = item(row.element);
         probe.put({ [row.field]: markup });
         compare(text.text, markup);

@@ -125,9 +125,25 @@ PageCase {
     function test_theStatusAreaIsThereWhileWorkRuns(row) {
         probe.put({ stage: row.tag });
         compare(item("statusArea").visible, row.there);
-        compare(item("cancelButton").visible, row.cancel);
+        compare(shows("cancelButton"), row.cancel);
         if (row.there)
             compare(item("stageTitle").text, item("mainButton").text);
+    }
+
+    function test_atRestThePageFitsTheWindowItOpensIn_data() {
+        return [
+            { tag: "before set-up", fields: { setupDone: false } },
+            { tag: "after set-up", fields: { setupDone: true, aresVersion: "v148" } },
+            { tag: "with another Ares", fields: { setupDone: true, usingExternalAres: true } },
+            { tag: "playing", fields: { setupDone: true, aresVersion: "v148", stage: "playing" } }
+        ];
+    }
+
+    function test_atRestThePageFitsTheWindowItOpensIn(row) {
+        probe.put(row.fields);
+        grabImage(page);
+        verify(item("pageColumn").height <= 640, item("pageColumn").height);
+        verify(!findChild(item("pageScroll"), "scrollBar").visible);
     }
 
     function test_aTallPageScrollsVertically() {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
+import QtQuick.Dialogs
 import QtTest
 import Cartloom
 
@@ -29,6 +30,7 @@ PageCase {
         compare(panel().nameFilters,
                 ["Pick a .z64 or .v64 ROM file. (*.z64 *.Z64 *.v64 *.V64 *.n64 *.N64)"]);
         compare(panel().modality, Qt.ApplicationModal);
+        compare(panel().fileMode, FileDialog.OpenFile);
         panel().reject();
         tryVerify(() => !item("filePanel").item.visible);
         verify(!model.openPanel.isOpen);
@@ -41,6 +43,7 @@ PageCase {
         mouseClick(item("alreadyHaveTheFile"));
         compare(panel().title, "Choose Quillet64.z64");
         compare(panel().nameFilters, []);
+        compare(panel().fileMode, FileDialog.OpenFile);
         panel().reject();
         compare(model.errorMessage, "No.");
     }

@@ -7,8 +7,16 @@
 #include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
 
+#include <QTest>
+
 namespace cartloom
 {
+
+void FlowTest::addOnlyRow(const char* fault)
+{
+    QTest::addColumn<bool>("only");
+    QTest::newRow(fault) << true;
+}
 
 void FlowTest::installAres(const QByteArray& tag)
 {

@@ -45,6 +45,10 @@ public:
     }
     [[nodiscard]] static const std::optional<TaskHandle>& task(const AppModel& model) { return model.m_task; }
     [[nodiscard]] static const QString& speedText(const AppModel& model) { return model.m_speedText; }
+    [[nodiscard]] static ProgressCallback progressCallback(AppModel& model)
+    {
+        return model.progressCallback();
+    }
     [[nodiscard]] static const Launcher& launcher(const AppModel& model) { return model.m_launcher; }
 
     static void launchAres(AppModel& model, const std::optional<std::filesystem::path>& app,

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "core/AppModel.h"
 #include "core/Paths.h"
 #include "game/FileDownloader.h"
 #include "game/FriendlyError.h"
 #include "game/GameDownloader.h"
 #include "platform/Files.h"
+#include "platform/Text.h"
 #include "support/Failures.h"
 #include "support/RawServer.h"
 #include "support/ResultOf.h"
@@ -117,6 +119,35 @@ private Q_SLOTS:
             failureOf<std::system_error>([&] { return resultOf(GameDownloader::download(noProgress, {})); }));
         QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Quillet64.z64")});
         QCOMPARE(readFile(Paths::gameFile()), QByteArray("old"));
+    }
+
+    void aGameFileGivenByHandIsToldInTheFullDisksOwnWords()
+    {
+        const FullDisk disk;
+        const auto file = disk.sandbox.scratch() / "mine.z64";
+        writeFile(file, bigEndianHeader + QByteArray(10'000'000, 'x'));
+        AppModel model;
+        model.chooseExistingGameFile();
+        model.openPanel()->confirm(QUrl::fromLocalFile(toText(file)));
+        QCOMPARE(model.errorMessage(), QStringLiteral("Your disk is full. Free some space and try again."));
+        QCOMPARE(model.errorDetails().section(u'\n', 0, 0), QStringLiteral("Adding the game file"));
+        QVERIFY(disk.isEmpty());
+    }
+
+    void anEntryThatAResetCannotDeleteDoesNotKeepTheOthers()
+    {
+        const Sandbox sandbox;
+        for (const auto& folder : {Paths::ares(), Paths::aresOld(), Paths::aresNew()})
+            fs::create_directories(folder);
+        writeFile(Paths::gameFile(), "game");
+        writeFile(Paths::aresVersion(), "v147");
+        // A folder that a volume is mounted on is in use.
+        const SmallVolume volume(Paths::ares(), 4096);
+        AppModel model;
+        model.reset();
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares")});
+        QCOMPARE(model.notice(),
+                 QStringLiteral("Everything was deleted. The next click downloads it again."));
     }
 
     void movingToAnotherVolumeIsNotAMove()

@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: MIT
+"""What all rows of the benchmark share."""

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "TrustedServer.h"
+#include "emulator/AresInstaller.h"
+#include "platform/MainThread.h"
+#include "platform/ThreadLoops.h"
+
+#include <QCoreApplication>
+#include <QCoroTask>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace
+{
+
+QCoro::Task<void> install()
+{
+    const auto release = co_await cartloom::AresInstaller::fetchLatest({});
+    const auto app = co_await cartloom::AresInstaller::install(release, [](qint64, qint64) {}, {});
+    std::printf("%s\n", app.c_str());
+}
+
+} // namespace
+
+/// wired-install: looks up, downloads and installs the emulator as the launcher does.
+int main(int argc, char* argv[])
+{
+    try {
+        cartloom::ThreadLoops::leaveOutGLib();
+        const QCoreApplication application(argc, argv);
+        bench::trustServer();
+        cartloom::MainThread::adopt();
+        QCoro::waitFor(install());
+        return EXIT_SUCCESS;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "wired-install: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
