@@ -2,6 +2,7 @@
 import QtQuick
 import QtQuick.Templates as T
 import Cartloom
+import "Excerpt.js" as Excerpt
 
 /// A question over the dimmed page, which takes the keyboard until it is answered. It does not close by
 /// itself: whoever shows it binds "visible" and hears of the answer, after the action, from "answered".
@@ -44,7 +45,7 @@ T.Dialog {
 
     contentItem: AlertContent {
         title: alert.title
-        message: alert.message
+        message: Excerpt.of(alert.message)
         actions: Array.from(alert.actions)
         room: (alert.parent?.height ?? 0) - 40
         Keys.onReturnPressed: alert.answerAs(AlertAction.Default)

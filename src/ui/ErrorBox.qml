@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import Cartloom
+import "Excerpt.js" as Excerpt
 
 /// What went wrong, in the player's words, with the technical details and the ways out.
 Item {
@@ -31,7 +32,7 @@ Item {
         Label {
             objectName: "errorMessage"
             width: parent.width
-            text: box.message
+            text: Excerpt.of(box.message)
             color: Theme.orange
         }
 
@@ -46,7 +47,7 @@ Item {
                 objectName: "detailsPane"
                 width: parent.width
                 height: Math.min(100, implicitHeight)
-                text: box.model.errorDetails
+                text: Excerpt.of(box.model.errorDetails)
                 textName: "detailsText"
             }
         }

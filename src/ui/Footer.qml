@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import Cartloom
+import "Excerpt.js" as Excerpt
 
 /// Full screen or not, the rarer actions, and which emulator is used.
 Column {
@@ -67,7 +68,7 @@ Column {
         objectName: "statusLine"
         width: parent.width
         visible: text !== ""
-        text: footer.installedLine || footer.externalLine
+        text: Excerpt.of(footer.installedLine) || footer.externalLine
         font: Theme.caption2
         color: Theme.faded(0.4)
         horizontalAlignment: Text.AlignHCenter

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import Cartloom
+import "Excerpt.js" as Excerpt
 
 /// The message of the last run, if there is one: an error, or else a notice.
 Column {
@@ -26,7 +27,7 @@ Column {
         objectName: "notice"
         width: parent.width
         visible: area.noticed
-        text: area.model.notice ?? ""
+        text: Excerpt.of(area.model.notice ?? "")
         font: Theme.callout
         color: Theme.faded(0.75)
         horizontalAlignment: Text.AlignHCenter

@@ -38,6 +38,18 @@ PageCase {
         compare(popup("updateAlert").release.tagName, "v141");
     }
 
+    function test_aTagTooLongToBeReadIsCutAndInstalledToTheLetter() {
+        const tag = "v".repeat(1000000);
+        update(tag);
+        const message = alertItem("alertMessage", "updateAlert").text;
+        compare(message.length, 10001);
+        verify(message.startsWith("Version vv") && message.endsWith("vv…"));
+        compare(popup("updateAlert").release.tagName, tag);
+        verify(popup("updateAlert").height <= page.height);
+        mouseClick(alertButton("Not now", "updateAlert"));
+        tryVerify(() => !popup("updateAlert")?.visible);
+    }
+
     function test_updateInstalls_data() {
         return [{ tag: "mouse" }, { tag: "Return", key: Qt.Key_Return }];
     }

@@ -8,6 +8,8 @@ PageCase {
     id: testCase
     name: "Messages"
 
+    /// As long as a reply may be.
+    readonly property string hostile: "v".repeat(1000000)
     readonly property string longDetails: "A line of the emulator's output.\n".repeat(60)
 
     function openDetails() {
@@ -210,5 +212,40 @@ PageCase {
         probe.put({ [row.field]: markup });
         compare(text.text, markup);
         compare(text.textFormat, TextEdit.PlainText);
+    }
+
+    function test_aTextTooLongToBeReadIsCutAndThePageWorks_data() {
+        return [
+            { tag: "notice", element: "notice", fields: { notice: hostile } },
+            { tag: "error", element: "errorMessage", fields: { errorMessage: hostile } },
+            { tag: "details", element: "detailsText",
+              fields: { errorMessage: "An error.", errorDetails: hostile } },
+            { tag: "version", element: "statusLine", fields: { aresVersion: hostile } }
+        ];
+    }
+
+    function test_aTextTooLongToBeReadIsCutAndThePageWorks(row) {
+        const before = place("mainButton");
+        probe.put(row.fields);
+        if (shows("errorDetails"))
+            openDetails();
+        waitForRendering(page);
+        const text = item(row.element).text;
+        compare(text.length, 10001);
+        verify(text.endsWith("vv…"));
+        compare(place("mainButton"), before);
+        compare(item("pageColumn").width, page.width);
+        mouseClick(item("mainButton"));
+        tryVerify(() => model.errorMessage !== row.fields.errorMessage);
+    }
+
+    function test_aLongTextIsCutBetweenTwoCharacters() {
+        probe.put({ notice: "v".repeat(9999) + "😀" });
+        compare(item("notice").text, "v".repeat(9999) + "…");
+    }
+
+    function test_theLongestTextThatIsNotTooLongIsShownWhole() {
+        probe.put({ notice: "v".repeat(10000) });
+        compare(item("notice").text, "v".repeat(10000));
     }
 }
