@@ -8,6 +8,9 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "platform/WorkFolder.h"
+#include "platform/WorkThread.h"
+
+#include <QCoroFuture>
 
 #include <chrono>
 #include <system_error>
@@ -44,13 +47,13 @@ void requireSize(const std::filesystem::path& archive, qint64 expected)
 }
 
 /// What does not come to a good end gives its room on the disk back.
-QCoro::Task<void> unpack(std::filesystem::path archive)
+void unpack(const std::filesystem::path& archive)
 {
     Paths::discard(Paths::aresNew());
     // Into a new folder only: a release must not be mixed with what is left of another one.
     Files::createNewFolder(Paths::aresNew());
     try {
-        co_await unzip(archive, Paths::aresNew());
+        unzip(archive, Paths::aresNew());
         if (!findApp(Paths::aresNew()))
             throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
     } catch (const std::exception&) {
@@ -95,14 +98,15 @@ void recordVersion(const QString& tagName)
 QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
                                            CancellationToken token)
 {
-    Paths::removeLeftovers();
+    co_await onWorkThread(Paths::removeLeftovers);
     const WorkFolder workFolder(Paths::newWorkDir("download-ares"));
     FileDownloader downloader(workFolder.path() / "ares.zip", std::move(progress));
     const auto request = requestFor(release);
     const auto archive = co_await downloader.download(request, token);
     requireSize(archive, release.size);
 
-    co_await unpack(archive);
+    const auto unpacking = onWorkThread([archive] { unpack(archive); });
+    co_await unpacking;
     swapIntoPlace();
     recordVersion(release.tagName);
     const auto app = findApp(Paths::ares());

@@ -6,14 +6,11 @@
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/MainThreadPromise.h"
 #include "platform/Text.h"
 
 #include <QByteArray>
-#include <QCoroFuture>
 
 #include <algorithm>
-#include <thread>
 
 namespace cartloom
 {
@@ -69,22 +66,12 @@ void runTool(const ArchiveTool& tool)
 
 } // namespace
 
-QCoro::Task<void> unzip(std::filesystem::path archive, std::filesystem::path folder)
+void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder)
 {
-    const MainThreadPromise<void> end;
-    std::thread([end, archive, folder, tool = ArchiveTool::unpackZip(archive, folder)] {
-        try {
-            requireDirectory(archive);
-            runTool(tool);
-            TreeInspection::inspect(folder);
-            // Here, because to give back the room of so large a file takes as long as a frame.
-            Files::tryRemove(archive);
-            end.resolve();
-        } catch (const std::exception&) {
-            end.reject(std::current_exception());
-        }
-    }).detach();
-    co_await end.future();
+    requireDirectory(archive);
+    runTool(ArchiveTool::unpackZip(archive, folder));
+    TreeInspection::inspect(folder);
+    Files::tryRemove(archive);
 }
 
 } // namespace cartloom

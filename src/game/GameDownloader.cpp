@@ -8,6 +8,9 @@
 #include "platform/Files.h"
 #include "platform/HttpSession.h"
 #include "platform/WorkFolder.h"
+#include "platform/WorkThread.h"
+
+#include <QCoroFuture>
 
 #include <chrono>
 
@@ -92,7 +95,7 @@ QCoro::Task<std::filesystem::path> download(ProgressCallback progress, Cancellat
 {
     const QUrl link = co_await askForLink(token);
 
-    Paths::removeLeftovers();
+    co_await onWorkThread(Paths::removeLeftovers);
     const WorkFolder workFolder(Paths::newWorkDir("download-game"));
     const auto request = requestFor(link, fileTimeout);
     FileDownloader downloader(workFolder.path() / Paths::gameFile().filename(), std::move(progress));

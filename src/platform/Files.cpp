@@ -3,11 +3,15 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <QUuid>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -55,16 +59,32 @@ QByteArray readFrom(const FileDescriptor& source, qint64 limit)
     return bytes;
 }
 
-/// Lets the owner change what is in the folder and in all below it, links not followed. Ignores every
-/// failure.
-void openFolders(const fs::path& folder) noexcept
+/// Makes all folders below one, it included, such that they can be removed: their owner may change them, and
+/// none lies so deep that its path is too long or that more folders than can be open lead to it. Links are
+/// not followed. Ignores every failure.
+void makeRemovable(const fs::path& top) noexcept
 {
+    constexpr int deepest = 100;
+    struct Folder
+    {
+        fs::path path;
+        int depth;
+    };
+    std::vector<Folder> ahead{{top, 0}};
     std::error_code ignored;
-    if (!fs::is_directory(fs::symlink_status(folder, ignored)))
-        return;
-    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
-    for (fs::directory_iterator it(folder, ignored), end; !ignored && it != end; it.increment(ignored))
-        openFolders(it->path());
+    while (!ahead.empty()) {
+        Folder folder = std::move(ahead.back());
+        ahead.pop_back();
+        if (!fs::is_directory(fs::symlink_status(folder.path, ignored)))
+            continue;
+        fs::permissions(folder.path, fs::perms::owner_all, fs::perm_options::add, ignored);
+        const fs::path higher = top / QUuid::createUuid().toString().toStdString();
+        if (folder.depth >= deepest && ::rename(folder.path.c_str(), higher.c_str()) == 0)
+            folder = {higher, 1};
+        for (fs::directory_iterator it(folder.path, ignored), end; !ignored && it != end;
+             it.increment(ignored))
+            ahead.push_back({it->path(), folder.depth + 1});
+    }
 }
 
 } // namespace
@@ -151,8 +171,8 @@ void tryRemove(const fs::path& path) noexcept
     fs::remove_all(path, failure);
     if (!failure)
         return;
-    // A folder that an archive has made may not let even its owner take anything out of it.
-    openFolders(path);
+    // What an archive has made may be folders out of which even their owner may take nothing.
+    makeRemovable(path);
     fs::remove_all(path, failure);
 }
 

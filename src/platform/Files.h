@@ -43,7 +43,8 @@ void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Removes the file, link or folder with all that is in it. Nothing there is no failure.
 void clear(const std::filesystem::path& path);
 
-/// As clear, every failure ignored; folders that their owner may not change are removed too.
+/// As clear, every failure ignored; folders that their owner may not change, and chains of folders however
+/// long, are removed too.
 void tryRemove(const std::filesystem::path& path) noexcept;
 
 /// At most the first limit bytes of the file, fewer where it ends before.

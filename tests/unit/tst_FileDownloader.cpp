@@ -5,6 +5,7 @@
 #include "platform/Errors.h"
 #include "support/Download.h"
 #include "support/Failures.h"
+#include "support/InterimStatus.h"
 #include "support/RawServer.h"
 #include "support/Requests.h"
 #include "support/ResultOf.h"
@@ -49,7 +50,7 @@ private Q_SLOTS:
     void statusesBeyondTwoHundredAreErrorsWithTheirNumber_data()
     {
         QTest::addColumn<int>("status");
-        for (const int status : {199, 300, 304, 400, 401, 403, 404, 407, 416, 429, 500, 503})
+        for (const int status : finalStatuses({199, 300, 304, 400, 401, 403, 404, 407, 416, 429, 500, 503}))
             QTest::addRow("%d", status) << status;
     }
 

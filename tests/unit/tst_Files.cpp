@@ -12,6 +12,8 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 using namespace cartloom;
@@ -30,6 +32,36 @@ fs::path lockedFolder(const Sandbox& sandbox)
     fs::permissions(folder, fs::perms::owner_write, fs::perm_options::remove);
     return folder;
 }
+
+/// Folders in folders, so many that no path leads to the last one.
+void makeChain(const fs::path& top, int depth)
+{
+    fs::create_directory(top);
+    FileDescriptor folder = FileDescriptor::openForReading(top);
+    for (int i = 0; i < depth; ++i) {
+        if (::mkdirat(folder.get(), "d", 0700) != 0)
+            throw lastSystemError();
+        folder = FileDescriptor(::openat(folder.get(), "d", O_RDONLY | O_CLOEXEC));
+    }
+}
+
+/// Lets this process have no more than so many files open.
+class FewOpenFiles
+{
+public:
+    explicit FewOpenFiles(rlim_t most)
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit few{most, m_before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    FewOpenFiles(const FewOpenFiles&) = delete;
+    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
+
+private:
+    rlimit m_before = {};
+};
 
 } // namespace
 
@@ -166,6 +198,19 @@ private Q_SLOTS:
         Files::tryRemove(tree);
         QVERIFY(!fs::exists(tree));
         QCOMPARE(readFile(sandbox.scratch() / "kept/file"), QByteArray("x"));
+    }
+
+    void whatIsTriedToRemoveMayBeAnyNumberOfFoldersDeep()
+    {
+        const Sandbox sandbox;
+        const auto tree = sandbox.scratch() / "tree";
+        makeChain(tree, 3000);
+        const FewOpenFiles limit(256);
+        std::error_code failure;
+        fs::remove_all(tree, failure);
+        QCOMPARE(failure.value(), EMFILE);
+        Files::tryRemove(tree);
+        QCOMPARE(entriesOf(sandbox.scratch()), 0);
     }
 
     void aWorkFolderGoesWithItsScope()

@@ -4,6 +4,7 @@
 #include "game/FriendlyError.h"
 #include "platform/Errors.h"
 #include "support/Failures.h"
+#include "support/InterimStatus.h"
 #include "support/ScriptedStore.h"
 
 #include <QtTest>
@@ -45,7 +46,7 @@ private Q_SLOTS:
     void aPageThatIsRefused_data()
     {
         QTest::addColumn<int>("status");
-        for (const int status : {199, 300, 304, 401, 403, 404, 429, 500, 503})
+        for (const int status : finalStatuses({199, 300, 304, 401, 403, 404, 429, 500, 503}))
             QTest::addRow("%d", status) << status;
     }
 
