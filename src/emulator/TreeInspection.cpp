@@ -35,7 +35,7 @@ public:
 
     void inspect()
     {
-        walk({});
+        look({});
         // Only now can every folder on their ways be looked into.
         for (const auto& link : m_links)
             lookWhereItLeads(link);
@@ -64,7 +64,7 @@ private:
     [[noreturn]] static void refuse(const fs::path& name, const QString& reason)
     {
         throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."),
-                       toText(name) + QStringLiteral(": ") + reason);
+                       (name.empty() ? QStringLiteral(".") : toText(name)) + QStringLiteral(": ") + reason);
     }
 
     void look(const fs::path& name)

@@ -156,6 +156,22 @@ private Q_SLOTS:
         QCOMPARE(modeOf("closed"), mode_t(0700));
     }
 
+    void theFolderItselfIsOpenedToo()
+    {
+        fs::remove(tree());
+        m_sandbox->giveToEveryone();
+        const Unprivileged unprivileged;
+        link("x", "/y");
+        fs::permissions(tree(), fs::perms::none);
+        QCOMPARE(refusal(), QStringLiteral("x: a link to /y"));
+    }
+
+    void aFolderThatIsNotThereIsTold()
+    {
+        fs::remove(tree());
+        QCOMPARE(refusal(), QStringLiteral(".: No such file or directory"));
+    }
+
     void asManyEntriesAsAllowedAreAcceptedAndOneMoreIsNot()
     {
         writeFile(tree() / "folder/one", "1");
