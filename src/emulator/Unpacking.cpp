@@ -2,7 +2,7 @@
 #include "emulator/Unpacking.h"
 
 #include "emulator/TreeInspection.h"
-#include "game/AppError.h"
+#include "game/FriendlyError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
@@ -60,7 +60,7 @@ void runTool(const ArchiveTool& tool)
     if (process.waitForExit() == 0)
         return;
     if (text.contains(QLatin1String("no space"), Qt::CaseInsensitive))
-        throw AppError(QStringLiteral("Your disk is full. Free some space and try again."), text);
+        throw FriendlyError::diskFull(text);
     throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."), text);
 }
 

@@ -26,28 +26,28 @@ PlatformError asPlatformError(const std::exception& error)
     return {"CartloomErrorDomain", 1, QString::fromUtf8(error.what())};
 }
 
-std::optional<QString> knownSentence(const PlatformError& error)
+std::optional<QString> networkSentence(const PlatformError& error)
 {
-    if (error.domain == QLatin1String(ErrorDomain::url)) {
-        switch (error.code) {
-        case UrlError::timedOut:
-            return QStringLiteral("The server took too long to answer. Try again in a moment.");
-        case UrlError::cannotFindHost:
-        case UrlError::cannotConnectToHost:
-        case UrlError::networkConnectionLost:
-        case dnsLookupFailed:
-        case UrlError::notConnectedToInternet:
-            return QStringLiteral("No internet connection. Check your network and try again.");
-        default:
-            return std::nullopt;
-        }
+    if (error.domain != QLatin1String(ErrorDomain::url))
+        return std::nullopt;
+    switch (error.code) {
+    case UrlError::timedOut:
+        return QStringLiteral("The server took too long to answer. Try again in a moment.");
+    case UrlError::cannotFindHost:
+    case UrlError::cannotConnectToHost:
+    case UrlError::networkConnectionLost:
+    case dnsLookupFailed:
+    case UrlError::notConnectedToInternet:
+        return QStringLiteral("No internet connection. Check your network and try again.");
+    default:
+        return std::nullopt;
     }
-    const bool diskFull =
-        (error.domain == QLatin1String(ErrorDomain::cocoa) && error.code == fileWriteOutOfSpace) ||
-        (error.domain == QLatin1String(ErrorDomain::posix) && error.code == noSpaceLeftOnDevice);
-    if (diskFull)
-        return QStringLiteral("Your disk is full. Free some space and try again.");
-    return std::nullopt;
+}
+
+bool isDiskFull(const PlatformError& error)
+{
+    return (error.domain == QLatin1String(ErrorDomain::cocoa) && error.code == fileWriteOutOfSpace) ||
+           (error.domain == QLatin1String(ErrorDomain::posix) && error.code == noSpaceLeftOnDevice);
 }
 
 } // namespace
@@ -60,8 +60,15 @@ AppError make(const std::exception& error, const QString& context)
     const PlatformError platform = asPlatformError(error);
     const QString details = context + u'\n' + platform.domain + u' ' + QString::number(platform.code) +
                             u'\n' + platform.description;
+    if (isDiskFull(platform))
+        return diskFull(details);
     const QString fallback = context + QStringLiteral(" failed: ") + platform.description;
-    return AppError(knownSentence(platform).value_or(fallback), details);
+    return AppError(networkSentence(platform).value_or(fallback), details);
+}
+
+AppError diskFull(const QString& details)
+{
+    return AppError(QStringLiteral("Your disk is full. Free some space and try again."), details);
 }
 
 bool isCancel(const std::exception& error)

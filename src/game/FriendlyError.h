@@ -12,6 +12,9 @@ namespace cartloom::FriendlyError
 /// that names the step which failed, begins the details and, where no plainer sentence is known, the message.
 [[nodiscard]] AppError make(const std::exception& error, const QString& context);
 
+/// The error for the player when the disk is full, by whatever that was told.
+[[nodiscard]] AppError diskFull(const QString& details);
+
 /// Whether the failure is really the player's own cancellation, which is never shown as an error.
 [[nodiscard]] bool isCancel(const std::exception& error);
 

@@ -30,8 +30,9 @@ PageCase {
         compareColor(item("cardBackground").fillColor, "#ffffff", 0.06);
         const parts = Array.from(item("cardColumn").children).filter(child => child.height > 0)
             .sort((a, b) => a.y - b.y);
-        compare(parts.length, 8);
-        compare(parts[6].objectName, "cardDivider");
+        const lines = item("controlsCard").lines.length;
+        compare(parts.length, lines + 3);
+        compare(parts[lines + 1].objectName, "cardDivider");
         parts.slice(1).forEach((part, i) => compare(part.y - parts[i].y - parts[i].height, 6));
     }
 
