@@ -35,6 +35,9 @@ class FaultsFullDiskTest : public FaultTest
         QTest::addRow("49 %s: room enough", fault) << static_cast<int>(plenty / 1024) << true;
     }
 
+    /// What the emulator of the sites takes when it is unpacked, in KiB. Its archive comes on top of that.
+    static int unpacked() { return static_cast<int>(fs::file_size(SCRIPTED_CHILD) / 1024); }
+
     void fill() const
     {
         QFETCH(const int, kilobytes);
@@ -80,7 +83,7 @@ private Q_SLOTS:
         FaultTest::cleanup();
     }
 
-    void theFirstInstallation_data() { addRows("first installation", 0, 256, 16); }
+    void theFirstInstallation_data() { addRows("first installation", 0, unpacked(), unpacked() / 12); }
 
     void theFirstInstallation()
     {
@@ -92,7 +95,7 @@ private Q_SLOTS:
         nextPressPlays();
     }
 
-    void anUpdate_data() { addRows("update", 0, 256, 32); }
+    void anUpdate_data() { addRows("update", 0, unpacked(), unpacked() / 6); }
 
     void anUpdate()
     {
