@@ -40,7 +40,7 @@ AppModel::AppModel(Clock clock)
 
 bool AppModel::hasWorkUnderWay() const
 {
-    return canCancel() || m_checksForUpdate > 0;
+    return canCancel() || m_checksForUpdate > 0 || m_clearing.isRunning();
 }
 
 QUrl AppModel::storePage()

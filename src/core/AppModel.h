@@ -109,7 +109,7 @@ public:
     /// The domain name of the emulator's web site.
     [[nodiscard]] static QString emulatorSite();
 
-    /// Whether something is being fetched or installed, shown or not.
+    /// Whether something is being fetched, installed or cleared away, shown or not.
     [[nodiscard]] bool hasWorkUnderWay() const;
 
     // What the window sets.
@@ -245,6 +245,8 @@ private:
     /// The running operation, or the last one.
     std::optional<TaskHandle> m_task;
     int m_checksForUpdate = 0;
+    /// Ends when what was left over is gone.
+    QFuture<void> m_clearing;
     /// What the player asked to play when the flow stopped to offer a copy of the emulator.
     std::optional<std::filesystem::path> m_pendingROM;
 

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+#include <optional>
 #include <system_error>
 
 namespace cartloom::Paths
@@ -25,6 +26,18 @@ bool isLeftover(const std::filesystem::path& name)
                        "|\\.(?:Quillet64\\.z64|ares-version\\.txt)"
                        "-[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12})\\z"));
     return pattern.match(toText(name)).hasMatch();
+}
+
+/// Gives an entry of the storage folder a name by which it is a leftover; none when that cannot be done.
+std::optional<std::filesystem::path> takeAway(const std::filesystem::path& entry)
+{
+    auto aside = Paths::support() / ("discarded-" + Paths::newIdentifier());
+    try {
+        Files::move(entry, aside);
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+    return aside;
 }
 
 } // namespace
@@ -77,18 +90,13 @@ std::filesystem::path newWorkDir(std::string_view prefix)
 
 void discard(const std::filesystem::path& entry)
 {
-    const auto aside = support() / ("discarded-" + newIdentifier());
-    try {
-        Files::move(entry, aside);
-    } catch (const std::system_error&) {
-        return;
-    }
-    Files::tryRemove(aside);
+    if (const auto aside = takeAway(entry))
+        Files::tryRemove(*aside);
 }
 
-void removeLeftovers()
+std::vector<std::filesystem::path> takeLeftovers()
 {
-    // First the names, then the removals: a folder that is changed while it is listed may hide an entry.
+    takeAway(aresNew());
     std::vector<std::filesystem::path> leftovers;
     std::error_code unreadable;
     for (std::filesystem::directory_iterator it(support(), unreadable), end; !unreadable && it != end;
@@ -96,9 +104,13 @@ void removeLeftovers()
         if (isLeftover(it->path().filename()))
             leftovers.push_back(it->path());
     }
-    for (const auto& leftover : leftovers)
+    return leftovers;
+}
+
+void removeLeftovers()
+{
+    for (const auto& leftover : takeLeftovers())
         Files::tryRemove(leftover);
-    discard(aresNew());
 }
 
 std::string newIdentifier()

@@ -40,9 +40,14 @@ void ensureSupport();
 /// away stays as it is.
 void discard(const std::filesystem::path& entry);
 
-/// Removes what runs that were cut off have left in the storage folder: work folders, copies that were given
-/// up, unfinished files. All of it is known by its name, and nothing else is touched. Ignores every failure.
-/// Not while anything is downloaded; only one instance of the program works on the folder.
+/// What runs that were cut off have left in the storage folder: work folders, copies that were given up,
+/// unfinished files; and an installation that was in progress, which is taken away for that. All of it is
+/// known by its name. Ignores every failure. Not while anything is downloaded; only one instance of the
+/// program works on the folder.
+[[nodiscard]] std::vector<std::filesystem::path> takeLeftovers();
+
+/// Takes the leftovers and removes them, every failure ignored. An archive may have made very many of them:
+/// not on the main thread.
 void removeLeftovers();
 
 /// A new random identifier in its standard upper-case text form.

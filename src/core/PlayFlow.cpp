@@ -195,7 +195,7 @@ void AppModel::didExit(const LaunchResult& result, bool justUpdated)
 {
     m_stage = Stage::idle;
     if (isGoodRun(result)) {
-        AresInstaller::discardOldCopy();
+        m_clearing = AresInstaller::discardOldCopy();
         return;
     }
 

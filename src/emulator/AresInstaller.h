@@ -6,6 +6,7 @@
 #include "platform/Cancellation.h"
 
 #include <QCoroTask>
+#include <QFuture>
 
 #include <filesystem>
 #include <optional>
@@ -32,9 +33,9 @@ namespace cartloom::AresInstaller
 /// The tag of the installed release, if one is recorded.
 [[nodiscard]] std::optional<QString> installedVersion();
 
-/// Gives up the copy that was kept, and all that runs which were cut off have left. Never fails. Not while
-/// anything is downloaded.
-void discardOldCopy();
+/// Gives up the copy that was kept, and all that runs which were cut off have left, which is gone when the
+/// future ends. Never fails. Not while anything is downloaded. Main thread.
+QFuture<void> discardOldCopy();
 
 /// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
 /// a rollback, this program was ended, or ares.app was taken out of its folder. Whether there was one to put

@@ -105,10 +105,12 @@ QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback
     const auto archive = co_await downloader.download(request, token);
     requireSize(archive, release.size);
 
-    const auto unpacking = onWorkThread([archive] { unpack(archive); });
-    co_await unpacking;
-    swapIntoPlace();
-    recordVersion(release.tagName);
+    const auto takingOver = onWorkThread([archive, tagName = release.tagName] {
+        unpack(archive);
+        swapIntoPlace();
+        recordVersion(tagName);
+    });
+    co_await takingOver;
     const auto app = findApp(Paths::ares());
     if (!app)
         throw AppError(QStringLiteral("Ares was unpacked but ares.app could not be found."));
@@ -126,11 +128,15 @@ std::optional<QString> installedVersion()
     }
 }
 
-void discardOldCopy()
+QFuture<void> discardOldCopy()
 {
     Paths::discard(Paths::aresOld());
-    // No other moment is sure to come where everything is installed and nothing is downloaded any more.
-    Paths::removeLeftovers();
+    // No other moment is sure to come where everything is installed and nothing is downloaded any more. What
+    // they are is found out at once, so that the folder of a download that begins now is none of them.
+    return onWorkThread([leftovers = Paths::takeLeftovers()] {
+        for (const auto& leftover : leftovers)
+            Files::tryRemove(leftover);
+    });
 }
 
 bool recover()

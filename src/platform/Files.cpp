@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <new>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -59,31 +60,39 @@ QByteArray readFrom(const FileDescriptor& source, qint64 limit)
     return bytes;
 }
 
+/// Whether there is a folder at the path, and not a link to one.
+bool isRealFolder(const fs::path& path)
+{
+    std::error_code ignored;
+    return fs::is_directory(fs::symlink_status(path, ignored));
+}
+
 /// Makes all folders below one, it included, such that they can be removed: their owner may change them, and
 /// none lies so deep that its path is too long or that more folders than can be open lead to it. Links are
-/// not followed. Ignores every failure.
-void makeRemovable(const fs::path& top) noexcept
+/// not followed. Ignores what fails.
+void makeRemovable(const fs::path& top)
 {
-    constexpr int deepest = 100;
-    struct Folder
-    {
-        fs::path path;
-        int depth;
-    };
-    std::vector<Folder> ahead{{top, 0}};
-    std::error_code ignored;
+    // With any name after it, this much more than the top's own path is a path on every system; and folders
+    // of short names are then not too many.
+    constexpr std::size_t longest = 300;
+    std::vector<fs::path> ahead;
+    if (isRealFolder(top))
+        ahead.push_back(top);
     while (!ahead.empty()) {
-        Folder folder = std::move(ahead.back());
+        fs::path folder = std::move(ahead.back());
         ahead.pop_back();
-        if (!fs::is_directory(fs::symlink_status(folder.path, ignored)))
-            continue;
-        fs::permissions(folder.path, fs::perms::owner_all, fs::perm_options::add, ignored);
-        const fs::path higher = top / QUuid::createUuid().toString().toStdString();
-        if (folder.depth >= deepest && ::rename(folder.path.c_str(), higher.c_str()) == 0)
-            folder = {higher, 1};
-        for (fs::directory_iterator it(folder.path, ignored), end; !ignored && it != end;
-             it.increment(ignored))
-            ahead.push_back({it->path(), folder.depth + 1});
+        std::error_code failure;
+        fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, failure);
+        if (folder.native().size() > top.native().size() + longest) {
+            const auto higher = top / QUuid::createUuid().toString().toStdString();
+            if (::rename(folder.c_str(), higher.c_str()) == 0)
+                folder = higher;
+        }
+        failure.clear();
+        for (fs::directory_iterator it(folder, failure), end; !failure && it != end; it.increment(failure)) {
+            if (isRealFolder(it->path()))
+                ahead.push_back(it->path());
+        }
     }
 }
 
@@ -172,7 +181,11 @@ void tryRemove(const fs::path& path) noexcept
     if (!failure)
         return;
     // What an archive has made may be folders out of which even their owner may take nothing.
-    makeRemovable(path);
+    try {
+        makeRemovable(path);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
     fs::remove_all(path, failure);
 }
 

@@ -47,7 +47,7 @@ Item {
                 objectName: "detailsPane"
                 width: parent.width
                 height: Math.min(100, implicitHeight)
-                text: Excerpt.of(box.model.errorDetails)
+                text: Excerpt.of(box.model.errorDetails, Excerpt.longestDetails)
                 textName: "detailsText"
             }
         }

@@ -38,7 +38,7 @@ PageCase {
         compare(popup("updateAlert").release.tagName, "v141");
     }
 
-    function test_aTagTooLongToBeReadIsCutAndInstalledToTheLetter() {
+    function test_aTagTooLongToBeReadIsCutAndTheReleaseIsNot() {
         const tag = "v".repeat(1000000);
         update(tag);
         const message = alertItem("alertMessage", "updateAlert").text;

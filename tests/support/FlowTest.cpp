@@ -40,7 +40,8 @@ bool FlowTest::comesToRest()
 {
     return comesTrue([this] {
         const auto& task = ModelProbe::task(*m_model);
-        return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun();
+        return m_model->stage() == AppModel::Stage::idle && task && task->hasBegun() &&
+               !m_model->hasWorkUnderWay();
     });
 }
 

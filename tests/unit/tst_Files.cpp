@@ -33,16 +33,18 @@ fs::path lockedFolder(const Sandbox& sandbox)
     return folder;
 }
 
-/// Folders in folders, so many that no path leads to the last one.
-void makeChain(const fs::path& top, int depth)
+/// Folders of one name in each other.
+void makeChain(const fs::path& top, const std::string& name, int depth)
 {
     fs::create_directory(top);
     FileDescriptor folder = FileDescriptor::openForReading(top);
     for (int i = 0; i < depth; ++i) {
-        if (::mkdirat(folder.get(), "d", 0700) != 0)
+        if (::mkdirat(folder.get(), name.c_str(), 0700) != 0)
             throw lastSystemError();
-        folder = FileDescriptor(::openat(folder.get(), "d", O_RDONLY | O_CLOEXEC));
+        folder = FileDescriptor(::openat(folder.get(), name.c_str(), O_RDONLY | O_CLOEXEC));
     }
+    if (::fchmod(folder.get(), 0) != 0)
+        throw lastSystemError();
 }
 
 /// Lets this process have no more than so many files open.
@@ -200,12 +202,22 @@ private Q_SLOTS:
         QCOMPARE(readFile(sandbox.scratch() / "kept/file"), QByteArray("x"));
     }
 
+    void whatIsTriedToRemoveMayBeAnyNumberOfFoldersDeep_data()
+    {
+        QTest::addColumn<int>("length");
+        for (const int length : {1, 59, 255})
+            QTest::addRow("names of %d", length) << length;
+    }
+
     void whatIsTriedToRemoveMayBeAnyNumberOfFoldersDeep()
     {
+        QFETCH(const int, length);
         const Sandbox sandbox;
+        sandbox.giveToEveryone();
+        const Unprivileged unprivileged;
         const auto tree = sandbox.scratch() / "tree";
-        makeChain(tree, 3000);
-        const FewOpenFiles limit(256);
+        makeChain(tree, std::string(static_cast<std::size_t>(length), 'd'), 400);
+        const FewOpenFiles limit(200);
         std::error_code failure;
         fs::remove_all(tree, failure);
         QCOMPARE(failure.value(), EMFILE);

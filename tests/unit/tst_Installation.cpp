@@ -146,7 +146,8 @@ private Q_SLOTS:
         QCOMPARE(tagOf(Paths::ares()), QByteArray("v148"));
         QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v147"));
         QCOMPARE(Sandbox::storage().size(), 4);
-        AresInstaller::discardOldCopy();
+        const auto cleared = AresInstaller::discardOldCopy();
+        QTRY_VERIFY(cleared.isFinished());
         QCOMPARE(Sandbox::storage(),
                  (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
     }

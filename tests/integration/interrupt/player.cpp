@@ -77,7 +77,12 @@ public:
     }
 
     /// The emulator has run long enough.
-    void commit() { m_model.didExit({0, 3.0, QString()}, true); }
+    void commit()
+    {
+        m_model.didExit({0, 3.0, QString()}, true);
+        const bool cleared = QTest::qWaitFor([this] { return !m_model.hasWorkUnderWay(); }, patience);
+        require(cleared, QStringLiteral("never done with clearing away"));
+    }
     /// The emulator has ended at once.
     void rollBack() { m_model.didExit({1, 0.1, QStringLiteral("broken")}, true); }
     void reset() { m_model.reset(); }
@@ -138,7 +143,10 @@ private:
     void comeToRest()
     {
         const bool rests = QTest::qWaitFor(
-            [this] { return m_model.stage() == Stage::idle && ModelProbe::task(m_model)->hasBegun(); },
+            [this] {
+                return m_model.stage() == Stage::idle && ModelProbe::task(m_model)->hasBegun() &&
+                       !m_model.hasWorkUnderWay();
+            },
             patience);
         require(rests, QStringLiteral("never comes to rest"));
     }
