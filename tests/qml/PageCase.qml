@@ -24,6 +24,11 @@ TestCase {
         return found;
     }
 
+    /// Whether an element of the page is there and can be seen.
+    function shows(name) {
+        return findChild(page, name)?.visible ?? false;
+    }
+
     /// An alert or the sheet, by name, if it was ever asked for.
     function popup(name) {
         return item(name).item;

@@ -60,7 +60,7 @@ PageCase {
         tryVerify(() => item("errorBox").visible);
         compare(item("errorMessage").text, model.errorMessage);
         compare(item("errorDetails").visible, model.errorDetails !== "");
-        verify(!item("recoveryRow").visible);
+        verify(!shows("recoveryRow"));
         compare(model.stage, "idle");
     }
 
@@ -72,7 +72,7 @@ PageCase {
         compare(model.stage, "idle");
         compare(alert.message, "Found " + app + ". Use it instead of downloading about 80 MB?");
         keyClick(Qt.Key_Return);
-        tryVerify(() => item("recoveryRow").visible);
+        tryVerify(() => shows("recoveryRow"));
         compare(probe.preferredAres(), app);
         verify(model.usingExternalAres);
         verify(!alert.visible);

@@ -57,7 +57,9 @@ PageCase {
     }
 
     function test_nothingMovesUnlessTheBarIsSeen(row) {
-        const travel = item("progressTravel");
+        // The bar is made when it is first seen.
+        probe.put({ stage: "starting" });
+        const travel = findChild(item("progressTraveller"), "progressTravel");
         probe.put({ stage: row.tag });
         compare(travel.running, row.moves);
         probe.put({ fraction: 0.5 });
