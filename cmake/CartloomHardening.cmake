@@ -9,7 +9,8 @@ include(CheckPIESupported)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 check_pie_supported(LANGUAGES CXX)
 
-foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection
+             -mbranch-protection=standard)
   string(MAKE_C_IDENTIFIER "CARTLOOM_HAS${flag}" known)
   check_cxx_compiler_flag(${flag} ${known})
   if(${known})

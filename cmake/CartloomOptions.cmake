@@ -22,3 +22,14 @@ if(CARTLOOM_SANITIZE)
   endif()
   add_link_options(-fsanitize=${CARTLOOM_SANITIZE})
 endif()
+
+# cartloom_finalize(TARGET): ends the making of a program with a window.
+function(cartloom_finalize target)
+  # Newer versions of Qt look through all that a program imports, for static plugins to link. Where Qt is shared there
+  # are none, and Debian's Qt warns of each.
+  get_target_property(kind Qt6::Core TYPE)
+  if(kind STREQUAL "SHARED_LIBRARY")
+    set_target_properties(${target} PROPERTIES QT_QML_MODULE_NO_IMPORT_SCAN TRUE)
+  endif()
+  qt_finalize_target(${target})
+endfunction()

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "DemoOrigins.h"
 
+#include "emulator/SearchedFolders.h"
 #include "game/Origins.h"
+#include "platform/Places.h"
 
 namespace cartloom
 {
@@ -29,6 +31,11 @@ QUrl Origins::store()
 QString Origins::emulatorSite()
 {
     return QStringLiteral("ares-emu.net");
+}
+
+std::vector<std::filesystem::path> AresInstaller::searchedFolders()
+{
+    return {Places::homeFolder() / "Applications"};
 }
 
 } // namespace cartloom

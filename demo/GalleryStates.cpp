@@ -120,6 +120,12 @@ void openAboutAtItsEnd(QQuickWindow& window)
     GalleryWindow::scrollToEnd(window, QStringLiteral("Close"));
 }
 
+void readLicenceToItsEnd(QQuickWindow& window)
+{
+    openAbout(window);
+    GalleryWindow::scrollToEnd(window, QStringLiteral("Copyright (c) 2004-2025 ares team, Near et al"));
+}
+
 void useKeyboardInAbout(QQuickWindow& window)
 {
     openAbout(window);
@@ -145,7 +151,7 @@ std::vector<GalleryState> statesOfWork()
         {QStringLiteral("bar-determinate"), downloadHalf, QStringLiteral("Cancel")},
         {QStringLiteral("bar-indeterminate"),
          [](AppModel& model) { download(model, Stage::gettingGame, {}, QStringLiteral("3.2 MB")); },
-         QStringLiteral("Getting the game")},
+         QStringLiteral("Getting the game"), GalleryWindow::letBarTravel},
         {QStringLiteral("starting"), [](AppModel& model) { play(model, Stage::starting); },
          QStringLiteral("Starting")},
         {QStringLiteral("playing"), [](AppModel& model) { play(model, Stage::playing); },
@@ -175,6 +181,7 @@ std::vector<GalleryState> statesAbovePage()
         {QStringLiteral("alert-update"), offerUpdate, QStringLiteral("A newer Ares is available")},
         {QStringLiteral("alert-reset"), askWhetherToReset, QStringLiteral("Reset everything?")},
         {QStringLiteral("about"), beSetUp, {}, openAbout},
+        {QStringLiteral("about-licence-end"), beSetUp, {}, readLicenceToItsEnd},
         {QStringLiteral("about-keyboard"), beSetUp, {}, useKeyboardInAbout},
         {QStringLiteral("drop"), beSetUp, QStringLiteral("Play"), GalleryWindow::dragFileOver},
         {QStringLiteral("keyboard"), beSetUp, QStringLiteral("Play"), useKeyboard},

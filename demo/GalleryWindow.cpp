@@ -23,11 +23,13 @@ namespace
 /// How long each wait may take at most.
 constexpr std::chrono::milliseconds limit = 10s;
 
+/// By its text, or by the first line of it.
 QQuickItem* itemSaying(QQuickItem* item, const QString& text)
 {
     if (!item->isVisible())
         return nullptr;
-    if (item->width() > 0 && item->property("text").toString() == text)
+    const QString said = item->property("text").toString();
+    if (item->width() > 0 && (said == text || said.section(u'\n', 0, 0) == text))
         return item;
     const auto children = item->childItems();
     for (QQuickItem* child : children) {
@@ -70,6 +72,8 @@ void GalleryWindow::scrollToEnd(QQuickWindow& window, const QString& text)
 {
     requireShown(window, text);
     QQuickItem* view = itemSaying(window.contentItem(), text);
+    if (auto* const own = view->property("view").value<QQuickItem*>())
+        view = own;
     while (view && !view->inherits("QQuickFlickable"))
         view = view->parentItem();
     if (!view)
@@ -80,6 +84,15 @@ void GalleryWindow::scrollToEnd(QQuickWindow& window, const QString& text)
         // What is drawn has been laid out; that may have made it longer.
         return !window.grabWindow().isNull() && below > 0 &&
                below == view->property("contentHeight").toReal() - view->height();
+    });
+}
+
+void GalleryWindow::letBarTravel(QQuickWindow& window)
+{
+    const auto* const piece = window.findChild<QQuickItem*>(QStringLiteral("progressTraveller"));
+    require(QStringLiteral("the bar does not move"), [&] {
+        // Drawing is what moves it.
+        return !window.grabWindow().isNull() && piece && piece->x() > piece->width();
     });
 }
 

@@ -21,8 +21,10 @@ void requireShown(const QQuickWindow& window, const QString& text);
 void press(const QQuickWindow& window, const QString& text);
 /// Presses Tab so many times.
 void tab(QQuickWindow& window, int times);
-/// Scrolls to the end of what the element with the text lies in.
+/// Scrolls to the end of what the element with the text shows or lies in.
 void scrollToEnd(QQuickWindow& window, const QString& text);
+/// Waits until the piece of the indeterminate bar is well under way.
+void letBarTravel(QQuickWindow& window);
 /// Holds a file over the window, as a drag from a file browser does.
 void dragFileOver(QQuickWindow& window);
 

@@ -17,11 +17,6 @@ namespace
 /// When a download's picture is taken.
 constexpr double middle = 0.5;
 
-QString nameOf(AppModel::Stage stage)
-{
-    return QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
-}
-
 } // namespace
 
 StageRecorder::StageRecorder(AppModel& model, QQuickWindow& window, std::filesystem::path pictures)

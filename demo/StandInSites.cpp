@@ -44,6 +44,14 @@ QJsonObject asset(const QString& name, qint64 size, const QString& folder)
             {QStringLiteral("browser_download_url"), folder + name}};
 }
 
+/// The port that the server is bound to now; -1 when that failed.
+int bound(httplib::Server& server, int port)
+{
+    if (port == 0)
+        return server.bind_to_any_port(host);
+    return server.bind_to_port(host, port) ? port : -1;
+}
+
 } // namespace
 
 class StandInSites::Server
@@ -79,12 +87,12 @@ StandInSites::Server::Server(Content content)
     : m_content(std::move(content))
     , m_archiveSize(std::filesystem::file_size(m_content.emulatorArchive))
     // Bound already here, so that connections are taken from the moment on at which the object exists.
-    , m_port(m_http.bind_to_any_port(host))
+    , m_port(bound(m_http, m_content.port))
 {
     // A missing game is to be known now, not when it is asked for.
     static_cast<void>(std::filesystem::file_size(m_content.game));
     if (m_port < 0)
-        throw std::system_error(std::make_error_code(std::errc::address_not_available), "no free port");
+        throw std::system_error(std::make_error_code(std::errc::address_not_available), "the port");
     // A connection that is kept open would keep its thread, and so the end of the server, waiting.
     m_http.set_keep_alive_max_count(1);
     m_http.set_pre_routing_handler([this](const httplib::Request&, httplib::Response&) {

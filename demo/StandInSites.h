@@ -25,10 +25,11 @@ public:
         QString tag = QStringLiteral("v148");
         /// How fast the two files are sent; 0 for as fast as it goes.
         qint64 bytesPerSecond = 0;
+        /// The port of 127.0.0.1 to listen on; 0 for any that is free.
+        int port = 0;
     };
 
-    /// Listens on a free port of 127.0.0.1. Throws std::system_error when a file is missing or no port is to
-    /// be had.
+    /// Listens. Throws std::system_error when a file is missing or the port is not to be had.
     explicit StandInSites(Content content);
     ~StandInSites();
     StandInSites(const StandInSites&) = delete;

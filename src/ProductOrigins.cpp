@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "emulator/SearchedFolders.h"
 #include "game/Origins.h"
+#include "platform/Places.h"
 
 namespace cartloom::Origins
 {
@@ -20,3 +22,8 @@ QString emulatorSite()
 }
 
 } // namespace cartloom::Origins
+
+std::vector<std::filesystem::path> cartloom::AresInstaller::searchedFolders()
+{
+    return Places::applicationFolders();
+}

@@ -12,8 +12,6 @@
 #include "platform/Preferences.h"
 #include "platform/Text.h"
 
-#include <QMetaEnum>
-
 #include <system_error>
 
 namespace cartloom
@@ -123,7 +121,7 @@ bool AppModel::isAtRest() const
 
 QString AppModel::stageName() const
 {
-    return QString::fromLatin1(QMetaEnum::fromType<Stage>().valueToKey(static_cast<int>(stage())));
+    return nameOf(stage());
 }
 
 QVariant AppModel::fractionVariant() const

@@ -2,6 +2,7 @@
 #include "core/CartloomApp.h"
 
 #include "core/Paths.h"
+#include "platform/Appearance.h"
 #include "platform/JustInTime.h"
 #include "platform/ThreadLoops.h"
 
@@ -58,6 +59,7 @@ CartloomApp::CartloomApp()
 {
     if (!isFirst())
         return;
+    Appearance::askForDark();
     QObject::connect(&m_instance, &SingleInstance::startedAgain, &m_engine, [this] { showWindow(); });
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});

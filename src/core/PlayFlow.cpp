@@ -15,6 +15,7 @@
 
 #include <QPointer>
 
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -42,6 +43,13 @@ QString firstLines(const QString& text)
     return text.split(u'\n', Qt::SkipEmptyParts).mid(0, mostQuotedLines).join(u'\n');
 }
 
+/// Whether the system knows what to do and does not let this user do it.
+bool isForbidden(const std::exception& error)
+{
+    const auto* const failure = dynamic_cast<const std::system_error*>(&error);
+    return failure && (failure->code().value() == EACCES || failure->code().value() == EPERM);
+}
+
 } // namespace
 
 void AppModel::start(std::optional<std::filesystem::path> customROM, bool allowExternalOffer)
@@ -61,7 +69,8 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
     const QPointer<AppModel> self(this);
     QLatin1String step = gettingAresStep;
     try {
-        AresInstaller::recover();
+        if (AresInstaller::recover())
+            refreshState();
         auto app = locateAres();
         if (!app && allowExternalOffer) {
             if (const auto found = AresInstaller::externalApp()) {
@@ -174,8 +183,9 @@ void AppModel::failFlow(const std::exception& error, QLatin1String step)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
         showError(shown);
-        // An update without a program in it must not stand in the way of the copy that had one.
-        if (step == startingAresStep && !refusedBySystem && !usingExternalAres())
+        // An update that cannot be started must not stand in the way of the copy that could, unless it waits
+        // for the player to permit it.
+        if (step == startingAresStep && !isForbidden(error) && !usingExternalAres())
             AresInstaller::rollback();
     }
     refreshState();

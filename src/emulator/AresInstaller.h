@@ -37,8 +37,9 @@ namespace cartloom::AresInstaller
 void discardOldCopy();
 
 /// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
-/// a rollback, this program was ended. Never fails.
-void recover();
+/// a rollback, this program was ended, or ares.app was taken out of its folder. Whether there was one to put
+/// back. Never fails.
+bool recover();
 
 /// Puts the copy that was kept back in place of the installed one; false when there was none or it could not
 /// be done. The recorded tag stays that of the release which failed.

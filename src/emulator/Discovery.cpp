@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/AresInstaller.h"
 
+#include "emulator/SearchedFolders.h"
 #include "platform/Files.h"
-#include "platform/Places.h"
 
 #include <algorithm>
 #include <vector>
@@ -63,7 +63,7 @@ std::optional<fs::path> findApp(const fs::path& folder)
 
 std::optional<fs::path> externalApp()
 {
-    return externalAppIn(Places::applicationFolders());
+    return externalAppIn(searchedFolders());
 }
 
 std::optional<fs::path> externalAppIn(const std::vector<fs::path>& folders)

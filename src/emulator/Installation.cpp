@@ -129,15 +129,18 @@ void discardOldCopy()
     Paths::removeLeftovers();
 }
 
-void recover()
+bool recover()
 {
-    if (Files::exists(Paths::ares()) || !Files::exists(Paths::aresOld()))
-        return;
+    if (findApp(Paths::ares()) || !findApp(Paths::aresOld()))
+        return false;
+    Paths::discard(Paths::ares());
     try {
         Files::move(Paths::aresOld(), Paths::ares());
     } catch (const std::system_error&) {
         // Then it stays the kept copy, and another one is downloaded.
+        return false;
     }
+    return true;
 }
 
 bool rollback()

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/Cancellation.h"
 
-#include "platform/Errors.h"
-
 #include <algorithm>
 #include <mutex>
 #include <vector>
@@ -57,12 +55,6 @@ private:
 bool CancellationToken::isCancelled() const
 {
     return m_state && m_state->isCancelled();
-}
-
-void CancellationToken::throwIfCancelled() const
-{
-    if (isCancelled())
-        throw CancellationError();
 }
 
 CancellationSource::CancellationSource()

@@ -18,9 +18,6 @@ public:
 
     [[nodiscard]] bool isCancelled() const;
 
-    /// Throws CancellationError once the token has fired.
-    void throwIfCancelled() const;
-
 private:
     friend class CancellationSource;
     friend class CancellationCallback;

@@ -4,6 +4,7 @@
 #include "platform/FileDescriptor.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -32,19 +33,38 @@ void requireFree(const fs::path& path)
         throw std::system_error(EEXIST, std::generic_category());
 }
 
+qint64 sizeOf(const FileDescriptor& file)
+{
+    struct stat status = {};
+    if (::fstat(file.get(), &status) != 0)
+        throw lastSystemError();
+    return static_cast<qint64>(status.st_size);
+}
+
 QByteArray readFrom(const FileDescriptor& source, qint64 limit)
 {
-    QByteArray bytes(static_cast<qsizetype>(limit), Qt::Uninitialized);
-    qsizetype filled = 0;
-    while (filled < bytes.size()) {
-        const auto count =
-            source.readSome(bytes.data() + filled, static_cast<std::size_t>(bytes.size() - filled));
+    QByteArray bytes;
+    std::array<char, 16 * 1024> block;
+    while (bytes.size() < limit) {
+        const auto wanted = std::min<qint64>(limit - bytes.size(), block.size());
+        const auto count = source.readSome(block.data(), static_cast<std::size_t>(wanted));
         if (count == 0)
             break;
-        filled += static_cast<qsizetype>(count);
+        bytes.append(block.data(), static_cast<qsizetype>(count));
     }
-    bytes.truncate(filled);
     return bytes;
+}
+
+/// Lets the owner change what is in the folder and in all below it, links not followed. Ignores every
+/// failure.
+void openFolders(const fs::path& folder) noexcept
+{
+    std::error_code ignored;
+    if (!fs::is_directory(fs::symlink_status(folder, ignored)))
+        return;
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+    for (fs::directory_iterator it(folder, ignored), end; !ignored && it != end; it.increment(ignored))
+        openFolders(it->path());
 }
 
 } // namespace
@@ -104,24 +124,20 @@ void copy(const fs::path& from, const fs::path& to)
     requireFree(to);
     constexpr std::size_t blockSize = 256 * 1024;
     const auto source = FileDescriptor::openForReading(from);
-    const qint64 expected = size(from);
+    const qint64 expected = sizeOf(source);
     TemporaryFile temporary(to);
     const auto block = std::make_unique<char[]>(blockSize);
     qint64 copied = 0;
     while (const auto count = source.readSome(block.get(), blockSize)) {
         temporary.descriptor().writeAll(block.get(), count);
         copied += static_cast<qint64>(count);
+        if (copied > expected)
+            break;
     }
     if (copied != expected)
         throw std::system_error(EBUSY, std::generic_category());
     move(temporary.path(), to);
     temporary.release();
-}
-
-void remove(const fs::path& path)
-{
-    if (fs::remove_all(path) == 0)
-        throw std::system_error(ENOENT, std::generic_category());
 }
 
 void clear(const fs::path& path)
@@ -131,8 +147,13 @@ void clear(const fs::path& path)
 
 void tryRemove(const fs::path& path) noexcept
 {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
+    std::error_code failure;
+    fs::remove_all(path, failure);
+    if (!failure)
+        return;
+    // A folder that an archive has made may not let even its owner take anything out of it.
+    openFolders(path);
+    fs::remove_all(path, failure);
 }
 
 QByteArray read(const fs::path& path, qint64 limit)

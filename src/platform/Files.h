@@ -40,13 +40,10 @@ void move(const std::filesystem::path& from, const std::filesystem::path& to);
 /// not at all. Fails with EBUSY when the file changes its length meanwhile.
 void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// Removes the file, link or folder with all that is in it. Fails with ENOENT when nothing stands there.
-void remove(const std::filesystem::path& path);
-
-/// As remove, but nothing there is no failure.
+/// Removes the file, link or folder with all that is in it. Nothing there is no failure.
 void clear(const std::filesystem::path& path);
 
-/// As remove, every failure ignored.
+/// As clear, every failure ignored; folders that their owner may not change are removed too.
 void tryRemove(const std::filesystem::path& path) noexcept;
 
 /// At most the first limit bytes of the file, fewer where it ends before.

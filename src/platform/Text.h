@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QStringDecoder>
+#include <QVariant>
 
 #include <filesystem>
 #include <optional>
@@ -29,6 +30,13 @@ namespace cartloom
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     return decoder.hasError() ? std::nullopt : std::optional(text);
+}
+
+/// The name of a value of an enumeration that Qt's object system knows; none for a value without a name.
+template <typename Enum>
+[[nodiscard]] QString nameOf(Enum value)
+{
+    return QVariant::fromValue(value).toString();
 }
 
 } // namespace cartloom

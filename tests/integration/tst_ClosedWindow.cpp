@@ -130,6 +130,8 @@ private Q_SLOTS:
         QVERIFY(playsAgain());
     }
 
+    void whileTheEmulatorIsUnpacked_data() { addOnlyRow("67 the emulator is unpacked"); }
+
     void whileTheEmulatorIsUnpacked()
     {
         const auto tools = m_sandbox->scratch() / "tools";
@@ -149,6 +151,8 @@ private Q_SLOTS:
         QVERIFY(appears(m_sandbox->scratch() / "over"));
     }
 
+    void whileTheEmulatorPlays_data() { addOnlyRow("67 the emulator plays"); }
+
     void whileTheEmulatorPlays()
     {
         installAres();
@@ -167,6 +171,8 @@ private Q_SLOTS:
         QVERIFY(playsAgain());
     }
 
+    void whileAnUpdateIsLookedFor_data() { addOnlyRow("67 an update is looked for"); }
+
     void whileAnUpdateIsLookedFor()
     {
         installAres();
@@ -177,6 +183,8 @@ private Q_SLOTS:
         QVERIFY(closes());
         QVERIFY(playsAgain());
     }
+
+    void whileNothingRuns_data() { addOnlyRow("67 nothing runs"); }
 
     void whileNothingRuns()
     {

@@ -184,8 +184,7 @@ QVariantMap PageProbe::accessible(QQuickItem* item) const
     return {
         {QStringLiteral("name"), interface->text(QAccessible::Name)},
         {QStringLiteral("description"), interface->text(QAccessible::Description)},
-        {QStringLiteral("role"), QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(
-                                     static_cast<int>(interface->role())))},
+        {QStringLiteral("role"), nameOf(interface->role())},
         {QStringLiteral("value"), value ? value->currentValue() : QVariant()},
         {QStringLiteral("focusable"), bool(state.focusable)},
         {QStringLiteral("disabled"), bool(state.disabled)},

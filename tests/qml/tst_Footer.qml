@@ -111,17 +111,4 @@ PageCase {
         mouseClick(item("checkForUpdate"));
         compare(model.notice, "You are using your own copy of Ares, so update it yourself.");
     }
-
-    function test_largeTextIsNotCutOff() {
-        Theme.textScale = 1.5;
-        waitForRendering(page);
-        compare(item("blurb").font.pixelSize, 18);
-        for (const text of itemsBelow(page, child => child instanceof Text && child.visible)) {
-            verify(!text.truncated, text.text);
-            verify(text.contentWidth <= text.width + 0.5, text.text);
-            const left = text.mapToItem(page, 0, 0).x;
-            verify(left >= 0 && left + text.width <= 480, text.text);
-        }
-        Theme.textScale = 1;
-    }
 }

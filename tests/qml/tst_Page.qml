@@ -141,7 +141,7 @@ PageCase {
 
     function test_atRestThePageFitsTheWindowItOpensIn(row) {
         probe.put(row.fields);
-        waitForRendering(page);
+        grabImage(page);
         verify(item("pageColumn").height <= 640, item("pageColumn").height);
         verify(!findChild(item("pageScroll"), "scrollBar").visible);
     }

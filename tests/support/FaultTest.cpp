@@ -88,12 +88,6 @@ void FaultTest::addRowForEachWait(const char* fault)
         QTest::addRow("%s: %s", fault, wait.name) << wait;
 }
 
-void FaultTest::addOnlyRow(const char* fault)
-{
-    QTest::addColumn<bool>("only");
-    QTest::newRow(fault) << true;
-}
-
 void FaultTest::arrangeFor(const Wait& wait)
 {
     if (wait.isForTheGame())

@@ -57,9 +57,6 @@ protected:
     /// A row for each of the waits, with the wait as its value: "07 reset: emulator's download".
     static void addRowForEachWait(const char* fault);
 
-    /// One row, which gives the fault its number and name.
-    static void addOnlyRow(const char* fault);
-
     /// Installs what the wait is not for, so that a press comes to it.
     void arrangeFor(const Wait& wait);
 

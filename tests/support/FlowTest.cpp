@@ -2,14 +2,21 @@
 #include "support/FlowTest.h"
 
 #include "core/Paths.h"
+#include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
 
-#include <QMetaEnum>
+#include <QTest>
 
 namespace cartloom
 {
+
+void FlowTest::addOnlyRow(const char* fault)
+{
+    QTest::addColumn<bool>("only");
+    QTest::newRow(fault) << true;
+}
 
 void FlowTest::installAres(const QByteArray& tag)
 {
@@ -39,8 +46,7 @@ bool FlowTest::comesToRest()
 
 bool FlowTest::goesThrough(AppModel::Stage stage)
 {
-    const auto name =
-        QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
+    const auto name = nameOf(stage);
     const auto before = m_recorder->stages().size();
     return comesTrue([&] { return m_recorder->stages().mid(before).contains(name); }) && comesToRest();
 }

@@ -20,6 +20,9 @@ class FlowTest : public QObject
     Q_OBJECT
 
 protected:
+    /// One row, which gives the fault its number and name.
+    static void addOnlyRow(const char* fault);
+
     /// Puts a bundle with the scripted child where the launcher installs it.
     static void installAres(const QByteArray& tag = "v146");
     static void saveGame();

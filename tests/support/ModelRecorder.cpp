@@ -3,8 +3,6 @@
 
 #include "platform/Text.h"
 
-#include <QMetaEnum>
-
 namespace cartloom
 {
 
@@ -36,7 +34,7 @@ QString text(const std::optional<T>& value)
 
 QString text(AppModel::Stage stage)
 {
-    return QString::fromLatin1(QMetaEnum::fromType<AppModel::Stage>().valueToKey(static_cast<int>(stage)));
+    return nameOf(stage);
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "support/TestOrigins.h"
 
+#include "emulator/SearchedFolders.h"
 #include "game/Origins.h"
+#include "platform/Places.h"
 
 namespace cartloom
 {
@@ -36,6 +38,11 @@ QUrl Origins::store()
 QString Origins::emulatorSite()
 {
     return QStringLiteral("emulator.example");
+}
+
+std::vector<std::filesystem::path> AresInstaller::searchedFolders()
+{
+    return {Places::homeFolder() / "machine", Places::homeFolder() / "Applications"};
 }
 
 } // namespace cartloom

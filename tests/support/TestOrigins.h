@@ -3,7 +3,8 @@
 
 #include <QUrl>
 
-/// The addresses that the code under test asks. Until a test sets one, it leads nowhere.
+/// The addresses that the code under test asks. Until a test sets one, it leads nowhere. Copies of the
+/// emulator are looked for in the folders "machine" and "Applications" of the test's home.
 namespace cartloom::TestOrigins
 {
 

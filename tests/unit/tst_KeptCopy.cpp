@@ -52,7 +52,16 @@ private Q_SLOTS:
     void aKeptCopyWithoutAnInstalledOneIsPutBack()
     {
         writeFile(Paths::aresOld() / "ares.app/tag", "v146");
-        AresInstaller::recover();
+        QVERIFY(AresInstaller::recover());
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
+        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares")});
+    }
+
+    void aKeptCopyTakesThePlaceOfAFolderWithoutAnEmulator()
+    {
+        writeFile(Paths::ares() / "something else", "");
+        writeFile(Paths::aresOld() / "ares.app/tag", "v146");
+        QVERIFY(AresInstaller::recover());
         QCOMPARE(tagOf(Paths::ares()), QByteArray("v146"));
         QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("Ares")});
     }
@@ -61,7 +70,7 @@ private Q_SLOTS:
     {
         writeFile(Paths::ares() / "ares.app/tag", "v147");
         writeFile(Paths::aresOld() / "ares.app/tag", "v146");
-        AresInstaller::recover();
+        QVERIFY(!AresInstaller::recover());
         QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
         QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
     }

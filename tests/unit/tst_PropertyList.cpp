@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <cstdlib>
+
 namespace fs = std::filesystem;
 using namespace cartloom;
 
@@ -39,7 +41,8 @@ QByteArray binary(const char* text)
     uint32_t length = 0;
     plist_to_bin(root, &bytes, &length);
     const QByteArray result(bytes, static_cast<qsizetype>(length));
-    plist_to_bin_free(bytes);
+    // The library has a function for it, of another name in each of its versions.
+    std::free(bytes);
     plist_free(root);
     return result;
 }

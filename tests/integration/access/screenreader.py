@@ -14,7 +14,8 @@ from gi.repository import Atspi, GLib  # noqa: E402
 # How long each wait may take at most, in seconds.
 PATIENCE = 20
 
-BUTTON = ("push button", "link")
+# Newer versions of the bus call it by the second name.
+BUTTON = ("push button", "button", "link")
 CHECK_BOX = ("check box",)
 LABEL = ("label", "text")
 ALERT = ("alert", "dialog", "notification")

@@ -2,6 +2,7 @@
 #include "ArchiveFaultTest.h"
 #include "core/Paths.h"
 #include "platform/Text.h"
+#include "support/AresBundle.h"
 #include "support/Snapshot.h"
 
 #include <QtTest>
@@ -13,6 +14,8 @@ namespace
 {
 
 const auto noProgram = QStringLiteral("Could not find the program inside ares.app.");
+const auto blockedHint = QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy and "
+                                        "Security, scroll down and click Open Anyway next to ares.");
 
 } // namespace
 
@@ -143,6 +146,31 @@ private Q_SLOTS:
         QTest::newRow("48 an empty program") << zipOf({foreign}) << true;
     }
 
+    void anUpdateThatTheSystemForbidsToStart_data() { addOnlyRow("48 not permitted"); }
+
+    /// It waits for the player, who may permit it; the copy before it stays kept.
+    void anUpdateThatTheSystemForbidsToStart()
+    {
+        installAres();
+        saveGame();
+        restart();
+        ZipEntry forbidden = zipProgram();
+        forbidden.contents = "#!/etc/passwd\n";
+        m_sites->publish(zipOf({forbidden}));
+        update();
+        m_model->play();
+        QVERIFY(comesToRest());
+        auto failure = systemFailure(QStringLiteral("Starting Ares"), EACCES);
+        failure.message += blockedHint;
+        shows(failure);
+        QVERIFY(fs::exists(Paths::aresOld()));
+        scriptChild({});
+        fs::copy_file(SCRIPTED_CHILD, Paths::ares() / "ares.app/Contents/MacOS/ares",
+                      fs::copy_options::overwrite_existing);
+        m_model->play();
+        QVERIFY(goesThrough(AppModel::Stage::playing));
+    }
+
     /// What the project published is what gets installed. The player is told, and has the way out.
     void aBundleThatCannotBeStarted()
     {
@@ -151,9 +179,7 @@ private Q_SLOTS:
         Failure failure{noProgram, toText(Paths::ares() / "ares.app")};
         if (isFound) {
             failure = systemFailure(QStringLiteral("Starting Ares"), ENOEXEC);
-            failure.message +=
-                QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy and Security, "
-                               "scroll down and click Open Anyway next to ares.");
+            failure.message += blockedHint;
         }
         saveGame();
         restart();
@@ -167,15 +193,13 @@ private Q_SLOTS:
         m_model->reset();
         nextPressPlays();
 
-        // As an update it must not take the place of one that plays, unless the player can let it start.
+        // As an update it must not take the place of one that plays.
         m_sites->publish(zip, "v148");
         update();
         m_model->play();
         QVERIFY(comesToRest());
         shows(failure);
-        QCOMPARE(fs::exists(Paths::aresOld()), isFound);
-        if (isFound)
-            m_model->reset();
+        QVERIFY(!fs::exists(Paths::aresOld()));
         m_sites->mend();
         pressPlays();
         QCOMPARE(installedTag(), QByteArray("v147"));

@@ -185,6 +185,7 @@ private Q_SLOTS:
             m_sites->answers.clear();
         m_model->play();
         QVERIFY2(goesThrough(Stage::playing), qPrintable(message() + m_model->errorDetails()));
+        QVERIFY(m_model->setupDone());
         isAtRestWithoutTraces();
         // The emulator ends at once, so that a kept copy is put back in place of the one that was played.
         QCOMPARE(installedTag(), old         ? QByteArray("v145")

@@ -235,7 +235,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("operation");
         for (const auto* operation :
              {"install", "update", "rollback", "commit", "recovery", "game", "import", "reset"})
-            QTest::newRow(operation) << QString::fromLatin1(operation);
+            QTest::addRow("66 %s", operation) << QString::fromLatin1(operation);
     }
 
     void noStepEscapesTheCounter()
