@@ -61,7 +61,11 @@ def alternate(place, commands, pairs, variables, prepare=None):
 
 
 def growth(place, server, megabytes, pairs):
-    kib = [int(place.run(place.program("bench/wired-fetch"), server.address(f"{megabytes}.bin"),
-                         str(place.work / "grown.bin"), environment=server.variables())) for _ in range(pairs)]
-    return Row(f"growth of resident memory in a download of {megabytes} MB", f"{median(kib) / 1024:.1f} MiB", "zero",
-               None, f"≤ {GROWTH_MIB} MiB", median(kib) / 1024 <= GROWTH_MIB, {"ours": kib})
+    """The protocol that takes more decides."""
+    kib = {protocol: [int(place.run(place.program("bench/wired-fetch"),
+                                    server.address(f"{megabytes}.bin", protocol == "TLS"),
+                                    str(place.work / "grown.bin"), environment=server.variables()))
+                      for _ in range(pairs)] for protocol in WALL_BOUNDS}
+    most = max(median(values) for values in kib.values()) / 1024
+    return Row(f"growth of resident memory in a download of {megabytes} MB", f"{most:.1f} MiB", "zero", None,
+               f"≤ {GROWTH_MIB} MiB", most <= GROWTH_MIB, kib)

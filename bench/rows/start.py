@@ -20,7 +20,7 @@ BOUNDS = {"visible_ms": (0.75, 1.15), "resident_kib": (0.55, 1.20), "proportiona
 
 def measure(place, wanted, pairs):
     programs = {"ours": place.program("src/cartloom"), "bare window": place.program("bench/bare-window"),
-                **LAUNCHERS}
+                "bare window with a word": place.program("bench/text-window"), **LAUNCHERS}
     samples = {name: {figure: [] for figure in FIGURES} for name in programs}
     # The first round is not counted: it fills the caches of all of them.
     for turn in range(pairs + 1):
@@ -39,4 +39,5 @@ def rows_of(figure, samples):
     values = {name: [value / scale for value in taken[figure]] for name, taken in samples.items()}
     best = min(LAUNCHERS, key=lambda name: median(values[name]))
     yield compared(what, values["ours"], values[best], against_launchers, unit, best)
-    yield compared(what, values["ours"], values["bare window"], against_bare, unit, "bare window")
+    for name in ("bare window", "bare window with a word"):
+        yield compared(what, values["ours"], values[name], against_bare, unit, name)
