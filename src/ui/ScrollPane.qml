@@ -29,12 +29,22 @@ FocusScope {
     }
 
     LazyLoader {
+        id: scrollBar
+
+        readonly property bool useful: flickable.visibleArea.heightRatio < 1
+
+        // Not before all that was changed at once has its new place: while a page is made, it has none at all.
+        function makeIfUseful() {
+            wanted = wanted || useful;
+        }
+
         objectName: "scrollBar"
         x: pane.width - width + pane.scrollBarOutset
         height: pane.height
-        visible: wanted
+        visible: useful
         component: "ThinScrollBar"
-        wanted: flickable.visibleArea.heightRatio < 1
+        wanted: false
+        onUsefulChanged: Qt.callLater(makeIfUseful)
         properties: ({ view: flickable })
     }
 }
