@@ -11,6 +11,7 @@ T.Action {
     }
 
     property int role: AlertAction.Ordinary
-    /// Whether it has the keyboard when the alert appears: where nothing is the default, what changes nothing.
+    /// Whether it has the keyboard when the alert appears: where nothing is the default, what changes
+    /// nothing.
     property bool focused: role === AlertAction.Default
 }

@@ -11,7 +11,8 @@ ScrollPane {
     readonly property real margin: 24
 
     /// Where it is on the page; nothing while it is elsewhere.
-    readonly property rect focusArea: activeFocus && focusItem !== page ? areaOf(focusItem) : Qt.rect(0, 0, 0, 0)
+    readonly property rect focusArea: activeFocus && focusItem !== page ? areaOf(focusItem)
+                                                                        : Qt.rect(0, 0, 0, 0)
 
     function areaOf(item: Item): rect {
         return item.mapToItem(view.contentItem, 0, 0, item.width, item.height);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 
-/// Scrolls what is in it vertically, when there is too little room for it. Where its edge is not the window's, there
-/// must be no shapes in it: the software scene graph draws one that is scrolled out of sight as a whole all the same.
+/// Scrolls what is in it vertically, when there is too little room for it. Where its edge is not the
+/// window's, there must be no shapes in it: the software scene graph draws one that is scrolled out of sight
+/// as a whole all the same.
 FocusScope {
     id: pane
 

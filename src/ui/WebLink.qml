@@ -3,7 +3,8 @@ import QtQuick
 import Cartloom
 
 /// A link to a page, which the system's browser opens. Without an address there is no link.
-/// It is no control of the toolkit's: those tell assistive technology their own role, whatever they are given.
+/// It is no control of the toolkit's: those tell assistive technology their own role, whatever they are
+/// given.
 Item {
     id: link
 

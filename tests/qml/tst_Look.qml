@@ -96,7 +96,7 @@ PageCase {
     function test_cornersAreContinuous() {
         const shape = createTemporaryObject(shapeComponent, testCase, { radius: 40 });
         const image = grabImage(shape);
-        // A circular arc of 40 would leave the side at 40. The curve leaves it sooner, where it is hardly bent.
+        // A circular arc would leave the side at 40. The curve leaves it sooner, where it is hardly bent.
         compare(coverage(image, 100, 0), 1);
         compare(coverage(image, 64, 0), 1);
         verify(coverage(image, 44, 0) < 1, coverage(image, 44, 0));

@@ -3,7 +3,8 @@ import QtQuick
 import QtTest
 import Cartloom
 
-/// What must hold at every scale factor of the screen and for every size of text; it is run at several of them.
+/// What must hold at every scale factor of the screen and for every size of text; it is run at several of
+/// them.
 PageCase {
     id: testCase
     name: "Scale"

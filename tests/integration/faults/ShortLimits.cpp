@@ -29,12 +29,21 @@ const std::vector<std::chrono::milliseconds>& asked()
 
 } // namespace cartloom::ShortLimits
 
+// The one function of its name that the library has; since Qt 6.8, what takes a number calls it.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+using Limit = std::chrono::milliseconds;
+constexpr auto symbol =
+    "_ZN15QNetworkRequest18setTransferTimeoutENSt6chrono8durationIlSt5ratioILl1ELl1000EEEE";
+#else
+using Limit = int;
+constexpr auto symbol = "_ZN15QNetworkRequest18setTransferTimeoutEi";
+#endif
+
 /// Found before the library's own, which it calls.
-void QNetworkRequest::setTransferTimeout(int timeout)
+void QNetworkRequest::setTransferTimeout(Limit timeout)
 {
-    using Setter = void (*)(QNetworkRequest*, int);
-    static const auto original =
-        reinterpret_cast<Setter>(::dlsym(RTLD_NEXT, "_ZN15QNetworkRequest18setTransferTimeoutEi"));
+    using Setter = void (*)(QNetworkRequest*, Limit);
+    static const auto original = reinterpret_cast<Setter>(::dlsym(RTLD_NEXT, symbol));
     cartloom::ShortLimits::askedFor.emplace_back(timeout);
-    original(this, static_cast<int>(cartloom::ShortLimits::shortLimit.count()));
+    original(this, static_cast<Limit>(static_cast<int>(cartloom::ShortLimits::shortLimit.count())));
 }
