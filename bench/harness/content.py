@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What is downloaded: a release of the emulator, a game, and files of any size. Made once, kept in build/bench."""
+"""What is downloaded: a release of the emulator, a game, files of any size. Made once, kept in build/bench."""
 
 import base64
 import os

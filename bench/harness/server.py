@@ -62,8 +62,8 @@ class Server:
         self._write("latest.json", json.dumps({"tag_name": "v148", "assets": [
             {"name": archive.name, "size": archive.stat().st_size,
              "browser_download_url": self.address(archive.name)}]}))
-        self._write("nginx.conf", CONFIGURATION.format(folder=self.folder, content=archive.parent, plain=self.plain,
-                                                       secure=self.secure))
+        self._write("nginx.conf", CONFIGURATION.format(
+            folder=self.folder, content=archive.parent, plain=self.plain, secure=self.secure))
         place.run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
                   "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
                   "-keyout", str(self.folder / "server.key"), "-out", str(self.certificate),
@@ -75,7 +75,7 @@ class Server:
         self._wait()
 
     def address(self, name, secure=False):
-        return (f"https://127.0.0.1:{self.secure}/{name}" if secure else f"http://127.0.0.1:{self.plain}/{name}")
+        return f"https://127.0.0.1:{self.secure}/{name}" if secure else f"http://127.0.0.1:{self.plain}/{name}"
 
     def variables(self):
         """What tells the wired programs of this server."""

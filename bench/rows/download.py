@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Downloads over loopback, with the launcher's own downloader in a program that does nothing else, and with curl."""
+"""Downloads over loopback: the launcher's own downloader in a program that does nothing else, and curl."""
 
 import json
 from statistics import median
@@ -38,8 +38,8 @@ def compare(place, server, protocol, pairs):
             str(place.work / "curl.bin"), address]
     taken = alternate(place, {"ours": ours, "curl": curl}, pairs, server.variables())
     what = f"download of {MEGABYTES} MB over {protocol}"
-    return [compared(f"{what}: wall time", taken["ours"]["wall"], taken["curl"]["wall"], WALL_BOUNDS[protocol],
-                     "ms", "curl", 0),
+    return [compared(f"{what}: wall time", taken["ours"]["wall"], taken["curl"]["wall"],
+                     WALL_BOUNDS[protocol], "ms", "curl", 0),
             compared(f"{what}: processor time", taken["ours"]["processor"], taken["curl"]["processor"],
                      PROCESSOR_BOUND, "ms", "curl", 0)]
 
@@ -50,8 +50,8 @@ def alternate(place, commands, pairs, variables, prepare=None):
     result = place.work / "hyperfine.json"
     for turn in range(pairs + 1):
         options = [option for name in commands for option in ("--prepare", prepare[name])] if prepare else []
-        place.run("hyperfine", "--shell=none", "--runs=1", "--style=none", f"--export-json={result}", *options,
-                  *(" ".join(command) for command in commands.values()), environment=variables)
+        place.run("hyperfine", "--shell=none", "--runs=1", "--style=none", f"--export-json={result}",
+                  *options, *(" ".join(command) for command in commands.values()), environment=variables)
         if turn == 0:
             continue
         for name, seen in zip(commands, json.loads(result.read_text())["results"]):

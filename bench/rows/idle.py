@@ -28,8 +28,8 @@ def measure(place, _wanted, pairs):
             place.end(launcher)
         ticks = [late[0] - early[0] for early, late in zip(before, after)]
         wakes = [wakes_between(early[1], late[1]) / SECONDS for early, late in zip(before, after)]
-        rows += [Row(f"processor time in {SECONDS} s, {state}", f"{median(ticks):g} ticks", "zero", None, "0 ticks",
-                     median(ticks) == 0, {"ours": ticks}),
+        rows += [Row(f"processor time in {SECONDS} s, {state}", f"{median(ticks):g} ticks", "zero", None,
+                     "0 ticks", median(ticks) == 0, {"ours": ticks}),
                  Row(f"wake-ups in a second, {state}", f"{median(wakes):.2f}", "zero", None, "≤ 1",
                      median(wakes) <= 1, {"ours": wakes})]
     return rows
@@ -60,4 +60,5 @@ def cost(process):
 
 def wakes_between(before, after):
     """A thread that has ended in between is not among them: it woke up once, to end."""
-    return sum(count - before.get(task, 0) for task, count in after.items()) + len(before.keys() - after.keys())
+    ended = len(before.keys() - after.keys())
+    return sum(count - before.get(task, 0) for task, count in after.items()) + ended

@@ -26,5 +26,5 @@ def measure(place, _wanted, pairs):
     taken = alternate(place, commands, pairs, {**home, **server.variables()}, prepare)
     server.stop()
     megabytes = round(archive.stat().st_size / 1e6)
-    return [compared(f"installing a release of {megabytes} MB", taken["ours"]["wall"], taken["by hand"]["wall"],
-                     BOUND, "ms", "curl, bsdtar -x", 0)]
+    return [compared(f"installing a release of {megabytes} MB", taken["ours"]["wall"],
+                     taken["by hand"]["wall"], BOUND, "ms", "curl, bsdtar -x", 0)]

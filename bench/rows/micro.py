@@ -40,8 +40,8 @@ def rom_check(place, pairs):
     yield bounded("ROM check of a file of 1 MB", small, ROM_MICROSECONDS, "µs")
     yield bounded("ROM check of a file of 128 MB", large, ROM_MICROSECONDS, "µs")
     ratio = ratio_of(large, small)
-    yield Row("ROM check, 128 MB to 1 MB", f"{median(large):.1f} µs", f"1 MB: {median(small):.1f} µs", ratio,
-              f"≤ {ROM_RATIO:.2f}", ratio <= ROM_RATIO, {"128 MB": large, "1 MB": small})
+    yield Row("ROM check, 128 MB to 1 MB", f"{median(large):.1f} µs", f"1 MB: {median(small):.1f} µs",
+              ratio, f"≤ {ROM_RATIO:.2f}", ratio <= ROM_RATIO, {"128 MB": large, "1 MB": small})
 
 
 def patterns(place, pairs):
@@ -53,8 +53,8 @@ def patterns(place, pairs):
     small, large = max(by_kind.values(), key=lambda pair: ratio_of(pair[1], pair[0]))
     ratio = ratio_of(large, small)
     yield Row("page patterns, 10 MB to 5 MB of near-matches", f"{median(large) / 1000:.1f} ms",
-              f"5 MB: {median(small) / 1000:.1f} ms", ratio, f"≤ {PATTERN_RATIO:.2f}", ratio <= PATTERN_RATIO,
-              taken)
+              f"5 MB: {median(small) / 1000:.1f} ms", ratio, f"≤ {PATTERN_RATIO:.2f}",
+              ratio <= PATTERN_RATIO, taken)
 
 
 def texts(place, pairs):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""From the start to the first window that is mapped and painted, and the memory two seconds after the start."""
+"""From the start to the first window that is mapped and painted, and the memory two seconds later."""
 
 import json
 from statistics import median

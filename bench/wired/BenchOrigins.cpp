@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "emulator/SearchedFolders.h"
 #include "game/Origins.h"
 
 /// The addresses of the servers that bench/run has started on this machine.
@@ -19,3 +20,9 @@ QString emulatorSite()
 }
 
 } // namespace cartloom::Origins
+
+/// No copy of the emulator that is installed on this machine changes what is measured.
+std::vector<std::filesystem::path> cartloom::AresInstaller::searchedFolders()
+{
+    return {};
+}

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 
-/// What all buttons have in common: size from their content, what presses them, name and role. It is no control of the
-/// toolkit's: that module alone would be a fifth of the start.
+/// What all buttons have in common: size from their content, what presses them, name and role. It is no control
+/// of the toolkit's: loading that module would be an eighth of the start.
 Item {
     id: control
 

@@ -3,7 +3,8 @@ import QtQuick
 import QtQuick.Shapes
 import Cartloom
 
-/// A check box with its label. Whoever shows it binds "checked", and changes what that is bound to when it is clicked.
+/// A check box with its label. Whoever shows it binds "checked", and changes what that is bound to when it is
+/// clicked.
 ButtonBase {
     id: control
 

@@ -34,7 +34,7 @@ FocusScope {
 
         readonly property bool useful: flickable.visibleArea.heightRatio < 1
 
-        // Not before all that was changed at once has its new place: while a page is made, it has none at all.
+        // Not before all that was changed at once has its new place: a page that is being made has none.
         function makeIfUseful() {
             wanted = wanted || useful;
         }
