@@ -79,7 +79,7 @@ QByteArray gradientElement(const QLinearGradient& gradient, const QByteArray& id
 {
     const QPointF from = gradient.start();
     const QPointF to = gradient.finalStop();
-    QByteArray element = "  <linearGradient id=\"" + id + "\" gradientUnits=\"userSpaceOnUse\" x1=\"" +
+    QByteArray element = "  <linearGradient id=\"" + id + R"(" gradientUnits="userSpaceOnUse" x1=")" +
                          decimal(from.x()) + "\" y1=\"" + decimal(from.y()) + "\" x2=\"" + decimal(to.x()) +
                          "\" y2=\"" + decimal(to.y()) + "\">\n";
     const auto stops = gradient.stops();
@@ -124,7 +124,7 @@ QByteArray svg(const Drawing& drawing)
         paths += "  <path fill=\"" + fill + "\" d=\"" + pathData(shape.outline) + "\"";
         if (shape.stroke.style() != Qt::NoPen)
             paths += " stroke=\"" + shape.stroke.color().name().toLatin1() + "\" stroke-width=\"" +
-                     decimal(shape.stroke.widthF()) + "\" stroke-linejoin=\"round\"";
+                     decimal(shape.stroke.widthF()) + R"(" stroke-linejoin="round")";
         paths += "/>\n";
     }
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"

@@ -164,7 +164,7 @@ QByteArray read(const fs::path& path, qint64 limit)
 QByteArray readEnd(const fs::path& path, qint64 limit)
 {
     const auto source = FileDescriptor::openForReading(path);
-    const off_t start = std::max<qint64>(size(path) - limit, 0);
+    const off_t start = std::max<qint64>(sizeOf(source) - limit, 0);
     if (::lseek(source.get(), start, SEEK_SET) != start)
         throw lastSystemError();
     return readFrom(source, limit);

@@ -14,6 +14,6 @@ void leaveOutGLib();
 
 /// Whether a variable of the environment, with its value, is there only since leaveOutGLib: programs that are
 /// started from here are not to have it. Any thread.
-[[nodiscard]] bool hasSet(std::string_view variable);
+[[nodiscard]] bool hasSet(std::string_view candidate);
 
 } // namespace cartloom::ThreadLoops

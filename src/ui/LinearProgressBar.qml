@@ -7,12 +7,16 @@ import Cartloom
 T.ProgressBar {
     id: control
 
+    /// Less than half the height: a scale factor may give that an odd number of dots, and then the corners of
+    /// plain rectangles would not meet.
+    readonly property real cornerRadius: 2.5
+
     implicitWidth: implicitContentWidth
     implicitHeight: implicitContentHeight
 
     contentItem: Rectangle {
         implicitHeight: 6
-        radius: 3
+        radius: control.cornerRadius
         color: Theme.track
 
         Rectangle {
@@ -20,7 +24,7 @@ T.ProgressBar {
             visible: !control.indeterminate && width > 0
             width: control.visualPosition * parent.width
             height: parent.height
-            radius: 3
+            radius: control.cornerRadius
             color: Theme.accent
         }
 
@@ -29,7 +33,7 @@ T.ProgressBar {
             visible: control.indeterminate
             width: parent.width / 4
             height: parent.height
-            radius: 3
+            radius: control.cornerRadius
             color: Theme.accent
 
             SequentialAnimation on x {

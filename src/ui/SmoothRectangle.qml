@@ -20,7 +20,8 @@ Item {
     /// How far from the corner the curve's control points are, for it to pass where a circular arc would.
     readonly property real pull: ((8 - 4 * Math.SQRT2) * arcRadius - reach) / 3
 
-    // Newer Qt gives a Shape an implicit size of its own: that of what it draws, which here follows from the size.
+    // Newer Qt gives a Shape an implicit size of its own: that of what it draws, which here follows from the
+    // size.
     Shape {
         anchors.fill: parent
 

@@ -63,6 +63,20 @@ PageCase {
         }
     }
 
+    function test_theEndOfTheBarIsTheSameAboveAndBelow() {
+        const bar = createTemporaryObject(barComponent, page);
+        const image = grabImage(page);
+        const ratio = Screen.devicePixelRatio;
+        for (let x = 0; x < 4; ++x) {
+            const column = [];
+            for (let y = Math.floor(bar.y * ratio) - 2; y < (bar.y + bar.height) * ratio + 2; ++y)
+                column.push(String(image.pixel(Math.round(bar.x * ratio) + x, y)));
+            const seen = column.filter(colour => colour !== column[0]);
+            verify(seen.length >= 2, column);
+            compare(seen, seen.slice().reverse());
+        }
+    }
+
     function test_theEdgesOfThePlayButtonAreSmooth() {
         const ratio = Screen.devicePixelRatio;
         const image = grabImage(page);
@@ -78,5 +92,15 @@ PageCase {
                 between += ![ground, green].includes(at(x, y));
         }
         verify(between >= 6 * ratio, between);
+    }
+
+    Component {
+        id: barComponent
+
+        LinearProgressBar {
+            x: 8
+            y: 11
+            width: 100
+        }
     }
 }
