@@ -64,7 +64,7 @@ PageCase {
         const area = alertItem("alertMessageArea");
         verify(area.view.contentHeight > area.height);
         const bar = findChild(area, "scrollBar");
-        tryVerify(() => bar.visible);
+        tryVerify(() => bar.item?.visible);
         fuzzyCompare(bar.item.size, Math.max(area.height / area.view.contentHeight, bar.item.minimumSize),
                      0.01);
         keyClick(Qt.Key_Down);
