@@ -27,17 +27,19 @@ FocusScope {
         anchors.fill: parent
         contentWidth: width
         clip: true
+        // Only a finger drags what it scrolls. The mouse has its wheel and the bar.
+        interactive: scrollBar.useful && !mouse.active
+
+        PointHandler {
+            id: mouse
+            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        }
     }
 
     LazyLoader {
         id: scrollBar
 
-        readonly property bool useful: flickable.visibleArea.heightRatio < 1
-
-        // Not before all that was changed at once has its new place: a page that is being made has none.
-        function makeIfUseful() {
-            wanted = wanted || useful;
-        }
+        readonly property bool useful: flickable.height > 0 && flickable.visibleArea.heightRatio < 1
 
         objectName: "scrollBar"
         x: pane.width - width + pane.scrollBarOutset
@@ -45,7 +47,13 @@ FocusScope {
         visible: useful
         component: "ThinScrollBar"
         wanted: false
-        onUsefulChanged: Qt.callLater(makeIfUseful)
         properties: ({ view: flickable })
+    }
+
+    // Not while all is still finding its place: a page that is being made is too tall for a moment.
+    Timer {
+        interval: 0
+        running: scrollBar.useful
+        onTriggered: scrollBar.wanted = true
     }
 }
