@@ -18,8 +18,11 @@ Item {
 
     /// Whether a finger, the mouse or the space bar holds it down.
     readonly property bool down: pointer.containsPress || spaceHolds
-    /// Whether it has the keyboard and did not get it by being pointed at.
+    /// Whether it has the keyboard and did not get it by being pointed at; that is still so when the window or
+    /// the page has been left and comes back.
     readonly property bool visualFocus: activeFocus && !pointedAt
+    /// Whether a click gives it the keyboard: not where the system's own buttons leave that to the Tab key.
+    property bool focusOnClick: Qt.platform.os !== "osx"
     property bool pointedAt: false
     property bool spaceHolds: false
 
@@ -29,10 +32,8 @@ Item {
     implicitHeight: (contentItem?.implicitHeight ?? 0) + topPadding + bottomPadding
     activeFocusOnTab: true
 
-    onActiveFocusChanged: {
-        if (!activeFocus)
-            pointedAt = spaceHolds = false;
-    }
+    onFocusChanged: pointedAt = pointedAt && focus
+    onActiveFocusChanged: spaceHolds = false
     onEnabledChanged: spaceHolds = false
 
     Component.onCompleted: {
@@ -70,7 +71,11 @@ Item {
     MouseArea {
         id: pointer
         anchors.fill: parent
-        onPressed: {
+        // A finger may go on to scroll the page; the mouse may leave the button and come back.
+        onPressed: mouse => {
+            preventStealing = mouse.source === Qt.MouseEventNotSynthesized;
+            if (!control.focusOnClick)
+                return;
             control.pointedAt = true;
             control.forceActiveFocus(Qt.MouseFocusReason);
         }

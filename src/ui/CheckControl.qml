@@ -68,5 +68,5 @@ ButtonBase {
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.onToggleAction: control.clicked()
+    Accessible.onToggleAction: control.enabled && control.clicked()
 }
