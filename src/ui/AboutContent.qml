@@ -18,8 +18,9 @@ FocusScope {
     focus: true
     implicitHeight: column.implicitHeight
 
-    Keys.onReturnPressed: closed()
-    Keys.onEnterPressed: closed()
+    // Not the key that is still down from opening it.
+    Keys.onReturnPressed: event => event.isAutoRepeat || closed()
+    Keys.onEnterPressed: event => event.isAutoRepeat || closed()
 
     PageScroll {
         id: scroll

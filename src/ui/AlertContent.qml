@@ -66,7 +66,8 @@ FocusScope {
             AlertButton {
                 required property AlertAction modelData
 
-                action: modelData
+                text: modelData.text
+                onClicked: modelData.trigger()
                 role: modelData.role
                 focus: modelData.focused
                 width: parent.width

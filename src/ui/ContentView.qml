@@ -22,9 +22,12 @@ Rectangle {
     readonly property bool asking: model.offerExternal !== undefined || model.updateOffer !== undefined
                                    || model.confirmReset || showAbout || model.openPanel.isOpen
     property bool showAbout: false
+    /// Whether nothing has the keyboard: what lay over the page took it, and gives it back to nobody.
+    readonly property bool leftAlone: !asking && Window.activeFocusItem === Window.contentItem
     readonly property alias robot: robotIcon
 
     color: Theme.background
+    onLeftAloneChanged: leftAlone && pageScroll.forceActiveFocus(Qt.PopupFocusReason)
 
     Shortcut {
         sequence: "Ctrl+O"
@@ -45,6 +48,7 @@ Rectangle {
     }
 
     PageScroll {
+        id: pageScroll
         objectName: "pageScroll"
         anchors.fill: parent
         contentHeight: column.implicitHeight

@@ -14,6 +14,12 @@ Item {
         "Fullbody: Z crouch; Z + C-Left kick."
     ]
 
+    component Line: Label {
+        objectName: "cardLine"
+        width: parent?.width ?? 0
+        font: Theme.caption
+    }
+
     implicitHeight: content.implicitHeight + 24
 
     SmoothRectangle {
@@ -38,17 +44,20 @@ Item {
             font: Theme.headline
         }
 
-        Repeater {
-            model: card.lines
-
-            Label {
-                required property string modelData
-
-                objectName: "cardLine"
-                width: parent?.width ?? 0
-                text: modelData
-                font: Theme.caption
-            }
+        Line {
+            text: card.lines[0]
+        }
+        Line {
+            text: card.lines[1]
+        }
+        Line {
+            text: card.lines[2]
+        }
+        Line {
+            text: card.lines[3]
+        }
+        Line {
+            text: card.lines[4]
         }
 
         Rectangle {

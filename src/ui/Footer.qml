@@ -22,8 +22,7 @@ Column {
         anchors.horizontalCenter: parent.horizontalCenter
         text: "Fullscreen"
         checked: footer.model.fullscreen
-        // However it was toggled: assistive technology sets the state itself.
-        onCheckedChanged: checked === footer.model.fullscreen || (footer.model.fullscreen = checked)
+        onClicked: footer.model.fullscreen = !checked
     }
 
     Flow {

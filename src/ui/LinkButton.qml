@@ -8,16 +8,13 @@ ButtonBase {
 
     font: Theme.caption
     opacity: enabled ? 1 : 0.4
+    cursorShape: Qt.PointingHandCursor
 
     contentItem: Label {
         text: control.text
         font: control.font
         color: control.down ? Theme.linkPressed : Theme.link
         Accessible.ignored: true
-    }
-
-    HoverHandler {
-        cursorShape: Qt.PointingHandCursor
     }
 
     FocusRing {

@@ -65,15 +65,17 @@ Item {
         anchors.verticalCenterOffset: -6
         spacing: 18
 
-        Repeater {
-            model: 2
-
-            SmoothRectangle {
-                width: 14
-                height: 14
-                radius: 7
-                fillColor: Theme.green
-            }
+        SmoothRectangle {
+            width: 14
+            height: 14
+            radius: 7
+            fillColor: Theme.green
+        }
+        SmoothRectangle {
+            width: 14
+            height: 14
+            radius: 7
+            fillColor: Theme.green
         }
     }
 

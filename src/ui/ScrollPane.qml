@@ -1,26 +1,59 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Templates as T
 
 /// Scrolls what is in it vertically, when there is too little room for it. Where its edge is not the
 /// window's, there must be no shapes in it: the software scene graph draws one that is scrolled out of sight
 /// as a whole all the same.
-T.ScrollView {
+FocusScope {
     id: pane
 
-    /// What moves the content. That it is read makes it exist in time: the scroll bar never learns of a view
-    /// that is made only when there is something in it.
-    readonly property Flickable view: contentItem as Flickable
+    /// What moves the content.
+    readonly property alias view: flickable
+    readonly property real availableWidth: width
+    property alias contentHeight: flickable.contentHeight
+    default property alias content: flickable.flickableData
     /// How far the scroll bar stands outside of the pane.
     property real scrollBarOutset: 0
 
-    contentWidth: availableWidth
-    Component.onCompleted: view.clip = true
+    function scrollBy(distance: real) {
+        view.contentY = Math.max(0, Math.min(view.contentY + distance, contentHeight - view.height));
+    }
 
-    T.ScrollBar.vertical: ThinScrollBar {
+    Keys.onUpPressed: scrollBy(-contentHeight / 10)
+    Keys.onDownPressed: scrollBy(contentHeight / 10)
+
+    Flickable {
+        id: flickable
+        anchors.fill: parent
+        contentWidth: width
+        clip: true
+        // Only a finger drags what it scrolls. The mouse has its wheel and the bar.
+        interactive: scrollBar.useful && !mouse.active
+
+        PointHandler {
+            id: mouse
+            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        }
+    }
+
+    LazyLoader {
+        id: scrollBar
+
+        readonly property bool useful: flickable.height > 0 && flickable.visibleArea.heightRatio < 1
+
         objectName: "scrollBar"
-        parent: pane
         x: pane.width - width + pane.scrollBarOutset
         height: pane.height
+        visible: useful
+        component: "ThinScrollBar"
+        wanted: false
+        properties: ({ view: flickable })
+    }
+
+    // Not while all is still finding its place: a page that is being made is too tall for a moment.
+    Timer {
+        interval: 0
+        running: scrollBar.useful
+        onTriggered: scrollBar.wanted = true
     }
 }

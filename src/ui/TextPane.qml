@@ -11,12 +11,18 @@ ScrollPane {
     /// What the text element is called.
     required property string textName
 
+    /// Brings the text cursor into view.
+    function follow(cursor: rect) {
+        view.contentY = ScrollPosition.showing(cursor, 0, view.contentY, view.height, contentHeight);
+    }
+
     implicitHeight: textArea.implicitHeight
     contentHeight: textArea.implicitHeight
 
     T.TextArea {
         id: textArea
         objectName: pane.textName
+        width: pane.availableWidth
         rightPadding: 12
         implicitHeight: contentHeight
         text: pane.text
@@ -29,6 +35,7 @@ ScrollPane {
         selectionColor: Theme.accent
         selectedTextColor: Theme.text
         font: Theme.monospaced
+        onCursorRectangleChanged: activeFocus && pane.follow(cursorRectangle)
 
         Accessible.role: Accessible.EditableText
         Accessible.readOnly: true

@@ -3,15 +3,19 @@ import QtQuick
 import QtQuick.Templates as T
 import Cartloom
 
-/// A scroll bar that lies over the edge of what it scrolls, there while there is anything to scroll.
+/// A scroll bar that lies over the edge of what it scrolls.
 T.ScrollBar {
     id: control
+
+    required property Flickable view
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     padding: 2
     minimumSize: 0.1
-    visible: size < 1
+    size: view.visibleArea.heightRatio
+    position: view.visibleArea.yPosition
+    onPositionChanged: pressed && (view.contentY = position * view.contentHeight)
 
     contentItem: Rectangle {
         implicitWidth: 6

@@ -11,6 +11,10 @@ TestCase {
     readonly property AppModel model: probe.model
 
     function init() {
+        renew();
+    }
+
+    function renew() {
         probe.renew();
         page = createTemporaryObject(pageComponent, testCase, { model: probe.model });
         verify(page);

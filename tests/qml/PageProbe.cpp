@@ -190,6 +190,7 @@ QVariantMap PageProbe::accessible(QQuickItem* item) const
         {QStringLiteral("disabled"), bool(state.disabled)},
         {QStringLiteral("invisible"), bool(state.invisible)},
         {QStringLiteral("checked"), bool(state.checked)},
+        {QStringLiteral("pressed"), bool(state.pressed)},
         {QStringLiteral("readOnly"), bool(state.readOnly)},
     };
 }
@@ -207,6 +208,21 @@ bool PageProbe::act(QQuickItem* item, const QString& action) const
         return false;
     actions->doAction(action);
     return true;
+}
+
+void PageProbe::hold(QQuickWindow* window, Qt::Key key) const
+{
+    const QString text = key == Qt::Key_Space ? QStringLiteral(" ") : QStringLiteral("\r");
+    const auto send = [&](QEvent::Type type, bool repeated) {
+        QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
+        QGuiApplication::sendEvent(window, &event);
+    };
+    send(QEvent::KeyPress, false);
+    for (int i = 0; i < 3; ++i) {
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
 }
 
 bool PageProbe::drag(QQuickWindow* window, const QPointF& point, const QList<QUrl>& addresses)

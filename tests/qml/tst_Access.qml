@@ -73,6 +73,21 @@ PageCase {
         verify(!item("detailsPane").visible);
     }
 
+    function test_whatLiesOverThePageGivesTheKeyboardBack_data() {
+        return [{ tag: "reset", answer: Qt.Key_Escape }, { tag: "about", answer: Qt.Key_Return }];
+    }
+
+    function test_whatLiesOverThePageGivesTheKeyboardBack(row) {
+        item(row.tag).forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_Space);
+        verify(page.asking);
+        tryVerify(() => !item(row.tag).activeFocus);
+        keyClick(row.answer);
+        verify(!page.asking);
+        tryVerify(() => item(row.tag).activeFocus);
+        verify(findChild(item(row.tag), "focusRing").visible);
+    }
+
     function test_thePageScrollsToWhatHasTheKeyboard() {
         probe.put({ errorMessage: "A line.\n".repeat(80), gameDownloadFailed: true });
         tryVerify(() => item("pageScroll").view.contentHeight > 1000);

@@ -23,6 +23,18 @@ TestCase {
         tryVerify(() => window.visible);
     }
 
+    function test_whatTheWindowDoesNotShowAtFirstIsNotMade() {
+        probe.renew();
+        const window = createTemporaryObject(mainComponent, testCase, { model: probe.model });
+        tryVerify(() => window.active);
+        grabImage(window.contentItem);
+        const view = findChild(window.contentItem, "pageScroll").view;
+        verify(view.contentHeight <= view.height);
+        for (const name of ["scrollBar", "statusArea", "errorBox", "externalOfferAlert", "updateAlert",
+                            "resetAlert", "aboutView", "filePanel"])
+            compare(findChild(window.contentItem, name).item, null, name);
+    }
+
     function test_theIconIsTheRobot() {
         probe.renew();
         const window = createTemporaryObject(mainComponent, testCase, { model: probe.model });

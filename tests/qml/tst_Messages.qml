@@ -137,7 +137,7 @@ PageCase {
         verify(pane.view.clip);
         const bar = findChild(pane, "scrollBar");
         verify(bar.visible);
-        fuzzyCompare(bar.size, 100 / pane.view.contentHeight, 0.01);
+        fuzzyCompare(bar.item.size, 100 / pane.view.contentHeight, 0.01);
         mouseWheel(pane, 50, 50, 0, -120);
         tryVerify(() => pane.view.contentY > 0);
     }

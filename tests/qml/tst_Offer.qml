@@ -64,8 +64,9 @@ PageCase {
         const area = alertItem("alertMessageArea");
         verify(area.view.contentHeight > area.height);
         const bar = findChild(area, "scrollBar");
-        tryVerify(() => bar.visible);
-        fuzzyCompare(bar.size, Math.max(area.height / area.view.contentHeight, bar.minimumSize), 0.01);
+        tryVerify(() => bar.item?.visible);
+        fuzzyCompare(bar.item.size, Math.max(area.height / area.view.contentHeight, bar.item.minimumSize),
+                     0.01);
         keyClick(Qt.Key_Down);
         tryVerify(() => area.view.contentY > 0);
         for (const b of buttons())

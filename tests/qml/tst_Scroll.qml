@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Cartloom
+
+/// What scrolls a page that is too tall, and what does not.
+PageCase {
+    name: "Scroll"
+
+    property Flickable view
+    property Item bar
+
+    function init() {
+        renew();
+        view = item("pageScroll").view;
+        bar = null;
+    }
+
+    /// Makes the page too tall for the window.
+    function fill() {
+        probe.put({ errorMessage: "A line.\n".repeat(60) });
+        tryVerify(() => findChild(item("pageScroll"), "scrollBar").item?.visible);
+        bar = findChild(item("pageScroll"), "scrollBar").item;
+        // That lays it out.
+        grabImage(page);
+    }
+
+    /// Moves a finger up from an element until something has come of it, or it leaves the page.
+    function dragUp(name, done) {
+        const start = item(name).mapToItem(page, 50, 10);
+        const touch = touchEvent(page);
+        let y = start.y;
+        touch.press(0, page, start.x, y).commit();
+        tryVerify(() => {
+            y -= 10;
+            touch.move(0, page, start.x, y).commit();
+            return y < 0 || done();
+        });
+        touch.release(0, page, start.x, y).commit();
+    }
+
+    function test_theMouseDoesNotDragThePage() {
+        fill();
+        mouseDrag(page, 240, 400, 0, -200);
+        mouseDrag(item("mainButton"), 50, 20, 0, -150);
+        compare(view.contentY, 0);
+        verify(!probe.hasTask());
+        mouseWheel(page, 240, 300, 0, -120);
+        tryVerify(() => view.contentY > 0);
+    }
+
+    function test_aFingerDragsThePage_data() {
+        return [{ tag: "on a text", name: "blurb" }, { tag: "on a button", name: "mainButton" }];
+    }
+
+    function test_aFingerDragsThePage(row) {
+        fill();
+        dragUp(row.name, () => view.contentY > 0);
+        verify(view.contentY > 0);
+        verify(!probe.hasTask());
+    }
+
+    function test_aPageThatFitsIsNotDragged() {
+        dragUp("blurb", () => view.contentY !== 0);
+        compare(view.contentY, 0);
+    }
+
+    function test_theBarIsDraggedWithTheMouse() {
+        fill();
+        mousePress(bar, bar.width / 2, 20);
+        verify(bar.pressed);
+        mouseMove(bar, bar.width / 2, 120);
+        tryVerify(() => view.contentY > 0);
+        fuzzyCompare(view.contentY / view.contentHeight, 100 / (bar.height - 2 * bar.padding), 0.001);
+        mouseMove(bar, bar.width / 2, 5000);
+        mouseRelease(bar, bar.width / 2, 5000);
+        fuzzyCompare(view.contentY, view.contentHeight - view.height, 1);
+        fuzzyCompare(bar.position, 1 - bar.size, 0.01);
+        view.contentY = 0;
+        compare(bar.position, 0);
+    }
+
+    function test_theWheelScrollsOverTheBarAsWell() {
+        fill();
+        mouseWheel(bar, bar.width / 2, 300, 0, -120);
+        tryVerify(() => view.contentY > 0);
+    }
+
+    function test_aPageThatFitsAgainIsAllThere() {
+        fill();
+        view.contentY = 300;
+        probe.put({ errorMessage: undefined });
+        tryVerify(() => !bar.visible);
+        compare(view.contentY, 0);
+    }
+}
