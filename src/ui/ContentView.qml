@@ -27,7 +27,12 @@ Rectangle {
     readonly property alias robot: robotIcon
 
     color: Theme.background
-    onLeftAloneChanged: leftAlone && pageScroll.forceActiveFocus(Qt.PopupFocusReason)
+    // Not here: it is while the keyboard changes hands that this is found out.
+    onLeftAloneChanged: Qt.callLater(takeKeyboard)
+
+    function takeKeyboard() {
+        leftAlone && pageScroll.forceActiveFocus(Qt.PopupFocusReason);
+    }
 
     Shortcut {
         sequence: "Ctrl+O"

@@ -11,6 +11,7 @@ TestCase {
     readonly property AppModel model: probe.model
 
     function init() {
+        failOnWarning(/./);
         renew();
     }
 
