@@ -119,6 +119,8 @@ QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback
 
 std::optional<QString> installedVersion()
 {
+    if (!Files::exists(Paths::aresVersion()))
+        return std::nullopt;
     try {
         const auto text = decodeUtf8(Files::read(Paths::aresVersion(), longestVersion));
         const QString tag = text.value_or(QString()).trimmed();
