@@ -48,9 +48,8 @@ T.Dialog {
         message: Excerpt.of(alert.message)
         actions: Array.from(alert.actions)
         room: (alert.parent?.height ?? 0) - 40
-        // Not the key that is still down from what led here.
-        Keys.onReturnPressed: event => event.isAutoRepeat || alert.answerAs(AlertAction.Default)
-        Keys.onEnterPressed: event => event.isAutoRepeat || alert.answerAs(AlertAction.Default)
+        Keys.onReturnPressed: alert.answerAs(AlertAction.Default)
+        Keys.onEnterPressed: alert.answerAs(AlertAction.Default)
         Keys.onEscapePressed: alert.answerAs(AlertAction.Cancel)
     }
 }

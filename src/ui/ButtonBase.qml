@@ -53,7 +53,7 @@ Item {
     // A key that is held down presses once.
     Keys.onReturnPressed: event => event.isAutoRepeat || clicked()
     Keys.onEnterPressed: event => event.isAutoRepeat || clicked()
-    Keys.onSpacePressed: spaceHolds = true
+    Keys.onSpacePressed: event => spaceHolds = spaceHolds || !event.isAutoRepeat
     Keys.onReleased: event => {
         if (event.key !== Qt.Key_Space || event.isAutoRepeat || !spaceHolds)
             return;

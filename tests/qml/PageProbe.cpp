@@ -210,14 +210,15 @@ bool PageProbe::act(QQuickItem* item, const QString& action) const
     return true;
 }
 
-void PageProbe::hold(QQuickWindow* window, Qt::Key key) const
+void PageProbe::hold(QQuickWindow* window, Qt::Key key, bool wasDown) const
 {
     const QString text = key == Qt::Key_Space ? QStringLiteral(" ") : QStringLiteral("\r");
     const auto send = [&](QEvent::Type type, bool repeated) {
         QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
         QGuiApplication::sendEvent(window, &event);
     };
-    send(QEvent::KeyPress, false);
+    if (!wasDown)
+        send(QEvent::KeyPress, false);
     for (int i = 0; i < 3; ++i) {
         send(QEvent::KeyRelease, true);
         send(QEvent::KeyPress, true);

@@ -53,8 +53,8 @@ public:
     Q_INVOKABLE QString clipboardText() const;
     /// Does what assistive technology does to press or toggle an item.
     Q_INVOKABLE bool act(QQuickItem* item, const QString& action) const;
-    /// Holds a key down until it has repeated itself three times.
-    Q_INVOKABLE void hold(QQuickWindow* window, Qt::Key key) const;
+    /// Holds a key down until it has repeated itself three times; it may have been down before.
+    Q_INVOKABLE void hold(QQuickWindow* window, Qt::Key key, bool wasDown = false) const;
     /// Drags addresses over a window, at a point; returns whether they would be taken.
     Q_INVOKABLE bool drag(QQuickWindow* window, const QPointF& point, const QList<QUrl>& addresses);
     /// Lets go of what is dragged.

@@ -93,6 +93,16 @@ PageCase {
         compare(presses.count, 1);
     }
 
+    function test_aKeyThatWasDownBeforePressesNothing_data() {
+        return test_aKeyThatIsHeldDownPressesOnce_data();
+    }
+
+    function test_aKeyThatWasDownBeforePressesNothing(row) {
+        button.forceActiveFocus(Qt.TabFocusReason);
+        probe.hold(page.Window.window, row.key, true);
+        compare(presses.count, 0);
+    }
+
     function test_theKeyThatOpensTheSheetDoesNotCloseIt() {
         item("about").forceActiveFocus(Qt.TabFocusReason);
         probe.hold(page.Window.window, Qt.Key_Return);
