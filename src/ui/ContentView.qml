@@ -27,11 +27,12 @@ Rectangle {
     readonly property alias robot: robotIcon
 
     color: Theme.background
-    // Not here: it is while the keyboard changes hands that this is found out.
-    onLeftAloneChanged: Qt.callLater(takeKeyboard)
 
-    function takeKeyboard() {
-        leftAlone && pageScroll.forceActiveFocus(Qt.PopupFocusReason);
+    // Not at once: it is while the keyboard changes hands that nobody has it.
+    Timer {
+        interval: 0
+        running: page.leftAlone
+        onTriggered: pageScroll.forceActiveFocus(Qt.PopupFocusReason)
     }
 
     Shortcut {
