@@ -35,6 +35,8 @@ Item {
     onFocusChanged: pointedAt = pointedAt && focus
     onActiveFocusChanged: spaceHolds = false
     onEnabledChanged: spaceHolds = false
+    // What cannot be seen has no keyboard.
+    onVisibleChanged: visible || !activeFocus || (focus = false)
 
     Component.onCompleted: {
         if (background) {

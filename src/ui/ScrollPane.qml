@@ -12,6 +12,8 @@ FocusScope {
     readonly property real availableWidth: width
     property alias contentHeight: flickable.contentHeight
     default property alias content: flickable.flickableData
+    /// Whether what is in it has got the keyboard by being pointed at.
+    property bool pointedAt: false
     /// How far the scroll bar stands outside of the pane.
     property real scrollBarOutset: 0
 

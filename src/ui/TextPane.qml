@@ -16,6 +16,7 @@ ScrollPane {
         view.contentY = ScrollPosition.showing(cursor, 0, view.contentY, view.height, contentHeight);
     }
 
+    pointedAt: textArea.focusReason === Qt.MouseFocusReason
     implicitHeight: textArea.implicitHeight
     contentHeight: textArea.implicitHeight
 
@@ -35,6 +36,8 @@ ScrollPane {
         selectionColor: Theme.accent
         selectedTextColor: Theme.text
         font: Theme.monospaced
+        // What cannot be seen has no keyboard.
+        onVisibleChanged: visible || !activeFocus || (focus = false)
         onCursorRectangleChanged: activeFocus && pane.follow(cursorRectangle)
 
         Accessible.role: Accessible.EditableText

@@ -53,6 +53,17 @@ private Q_SLOTS:
         QCOMPARE(m_recorder->changes(), QStringList{QStringLiteral("stage idle")});
     }
 
+    void whatWasLeftOverIsClearedAwayAfterAGoodRunAndCountsAsWork()
+    {
+        installAres();
+        writeFile(Paths::support() / "discarded-0F8FAD5B-D9CB-469F-A165-70867728950E/part", "part");
+        judge({0, 3.0, QString()});
+        QVERIFY(m_model->hasWorkUnderWay());
+        QTRY_VERIFY(!m_model->hasWorkUnderWay());
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+    }
+
     void aLongRunWithAnotherStatusButNoOutputIsAGoodRun()
     {
         judge({1, 3600, QString()});

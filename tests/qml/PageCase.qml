@@ -11,11 +11,11 @@ TestCase {
     readonly property AppModel model: probe.model
 
     function init() {
-        failOnWarning(/./);
         renew();
     }
 
     function renew() {
+        failOnWarning(/./);
         probe.renew();
         page = createTemporaryObject(pageComponent, testCase, { model: probe.model });
         verify(page);

@@ -146,6 +146,7 @@ PageCase {
     }
 
     function test_whatIsPointedAtHasTheKeyboardWithoutARing() {
+        item("reset").focusOnClick = true;
         mouseClick(item("reset"));
         tryVerify(() => popup("resetAlert")?.opened);
         mouseClick(alertButton("Cancel", "resetAlert"));
@@ -162,10 +163,12 @@ PageCase {
     }
 
     function test_theRingIsTheSameWhenTheWindowComesBack(row) {
+        button.focusOnClick = true;
         if (row.ring)
             button.forceActiveFocus(Qt.TabFocusReason);
         else
             mouseClick(button);
+        verify(button.activeFocus);
         const other = createTemporaryObject(windowComponent, testCase);
         other.requestActivate();
         tryVerify(() => other.active && !button.activeFocus);
@@ -180,6 +183,25 @@ PageCase {
         mouseClick(button);
         compare(presses.count, 1);
         verify(item("about").activeFocus);
+    }
+
+    function test_whatIsHiddenLosesTheKeyboard_data() {
+        return [{ tag: "a button", element: "alreadyHaveTheFile" }, { tag: "details", element: "detailsText" }];
+    }
+
+    function test_whatIsHiddenLosesTheKeyboard(row) {
+        probe.put({ errorMessage: "An error.", errorDetails: "Details.", gameDownloadFailed: true });
+        waitForRendering(page);
+        mouseClick(item("disclosureButton"));
+        const element = item(row.element);
+        element.forceActiveFocus(Qt.TabFocusReason);
+        verify(element.activeFocus);
+        keyPress(Qt.Key_Space);
+        probe.put({ errorMessage: undefined, gameDownloadFailed: false });
+        keyRelease(Qt.Key_Space);
+        verify(!element.activeFocus);
+        verify(!model.openPanel.isOpen);
+        compare(tab(), "mainButton");
     }
 
     Component {

@@ -39,6 +39,47 @@ PageCase {
         touch.release(0, page, start.x, y).commit();
     }
 
+    /// Scrolls the page so that only the upper half of an element can be seen.
+    function halve(name) {
+        const element = item(name);
+        view.contentY += element.mapToItem(page, 0, element.height / 2).y - page.height;
+        grabImage(page);
+        return element;
+    }
+
+    function test_thePageDoesNotMoveAwayFromUnderThePointer() {
+        fill();
+        const box = halve("fullscreenToggle");
+        const before = view.contentY;
+        verify(before > 0);
+        mousePress(box, 10, 2);
+        compare(view.contentY, before);
+        mouseMove(box, 11, 2);
+        mouseRelease(box, 11, 2);
+        verify(model.fullscreen);
+        compare(view.contentY, before);
+        compare(tab(), "showInFinder");
+        verify(view.contentY > before);
+    }
+
+    function test_longDetailsAreFollowedAsThePaneTheyAreIn() {
+        probe.put({ errorMessage: "A line.\n".repeat(30), errorDetails: "A detail.\n".repeat(200) });
+        grabImage(page);
+        item("disclosureButton").clicked();
+        grabImage(page);
+        const pane = item("detailsPane");
+        item("detailsText").forceActiveFocus(Qt.TabFocusReason);
+        const top = () => pane.mapToItem(page, 0, 0).y;
+        verify(top() >= 0 && top() + pane.height <= page.height, top());
+        const before = view.contentY = view.contentY - 50;
+        item("mainButton").focus = true;
+        view.contentY = before;
+        grabImage(page);
+        mouseClick(item("detailsText"), 5, 5);
+        verify(item("detailsText").activeFocus);
+        compare(view.contentY, before);
+    }
+
     function test_theMouseDoesNotDragThePage() {
         fill();
         mouseDrag(page, 240, 400, 0, -200);
