@@ -19,7 +19,11 @@ template <typename T>
 class MainThreadPromise
 {
 public:
-    MainThreadPromise() { m_promise->start(); }
+    MainThreadPromise()
+    {
+        MainThread::adopt();
+        m_promise->start();
+    }
 
     /// Main thread.
     [[nodiscard]] QFuture<T> future() const { return m_promise->future(); }
