@@ -265,9 +265,14 @@ private Q_SLOTS:
 
     void aCheckCountsAsWorkUntilItHasEnded()
     {
+        RawConnection* asking = nullptr;
+        RawServer server([&](RawConnection& connection, const RawRequest&) { asking = &connection; });
+        TestOrigins::setReleaseApi(server.url(QString()));
         m_model->checkForUpdate();
-        QTRY_VERIFY(m_model->hasWorkUnderWay());
-        QTRY_VERIFY(m_model->updateOffer().has_value());
+        QTRY_VERIFY(asking);
+        QVERIFY(m_model->hasWorkUnderWay());
+        asking->send(httpAnswer(200, "{}"));
+        QTRY_VERIFY(m_model->errorMessage().has_value());
         QTRY_VERIFY(!m_model->hasWorkUnderWay());
     }
 };
