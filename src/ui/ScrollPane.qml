@@ -21,8 +21,22 @@ FocusScope {
         view.contentY = Math.max(0, Math.min(view.contentY + distance, contentHeight - view.height));
     }
 
-    Keys.onUpPressed: scrollBy(-contentHeight / 10)
-    Keys.onDownPressed: scrollBy(contentHeight / 10)
+    /// Scrolls as a key asks for it; says whether it is such a key.
+    function scrollByKey(key: int): bool {
+        const distances = {
+            [Qt.Key_Up]: -contentHeight / 10,
+            [Qt.Key_Down]: contentHeight / 10,
+            [Qt.Key_PageUp]: -view.height * 0.9,
+            [Qt.Key_PageDown]: view.height * 0.9,
+            [Qt.Key_Home]: -contentHeight,
+            [Qt.Key_End]: contentHeight
+        };
+        if (distances[key] !== undefined)
+            scrollBy(distances[key]);
+        return distances[key] !== undefined;
+    }
+
+    Keys.onPressed: event => event.accepted = scrollByKey(event.key)
 
     Flickable {
         id: flickable

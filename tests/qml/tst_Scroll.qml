@@ -101,6 +101,24 @@ PageCase {
         verify(!probe.hasTask());
     }
 
+    function test_theKeyboardScrollsThePage() {
+        fill();
+        item("pageScroll").forceActiveFocus(Qt.TabFocusReason);
+        const end = view.contentHeight - view.height;
+        keyClick(Qt.Key_Down);
+        fuzzyCompare(view.contentY, view.contentHeight / 10, 1);
+        keyClick(Qt.Key_Up);
+        compare(view.contentY, 0);
+        keyClick(Qt.Key_PageDown);
+        fuzzyCompare(view.contentY, Math.min(end, view.height * 0.9), 1);
+        keyClick(Qt.Key_End);
+        fuzzyCompare(view.contentY, end, 1);
+        keyClick(Qt.Key_PageUp);
+        fuzzyCompare(view.contentY, Math.max(0, end - view.height * 0.9), 1);
+        keyClick(Qt.Key_Home);
+        compare(view.contentY, 0);
+    }
+
     function test_aPageThatFitsIsNotDragged() {
         dragUp("blurb", () => view.contentY !== 0);
         compare(view.contentY, 0);
