@@ -70,6 +70,12 @@ void failAtLength(AppModel& model)
     fail(model, longDetails());
 }
 
+void failInMoreWordsThanAreShown(AppModel& model)
+{
+    fail(model, {});
+    P::setErrorMessage(model, QStringLiteral("no such core, and none to take its place; ").repeated(25'000));
+}
+
 void failToGetGame(AppModel& model)
 {
     P::setAresVersion(model, QStringLiteral("v148"));
@@ -165,6 +171,7 @@ std::vector<GalleryState> statesOfMessages()
         {QStringLiteral("error-without-details"), [](AppModel& model) { fail(model, {}); }},
         {QStringLiteral("error-details-closed"), failAtLength, QStringLiteral("Show Details")},
         {QStringLiteral("error-details-open"), failAtLength, QStringLiteral("Show Details"), openDetails},
+        {QStringLiteral("error-cut"), failInMoreWordsThanAreShown, {}, scrollPageToItsEnd},
         {QStringLiteral("error-recovery"), failToGetGame, QStringLiteral("I already have the file")},
         {QStringLiteral("notice"),
          [](AppModel& model) { P::setNotice(model, QStringLiteral("Cancelled. Nothing was changed.")); },
