@@ -15,6 +15,15 @@ namespace fs = std::filesystem;
 using namespace cartloom;
 using Stage = AppModel::Stage;
 
+/// A release service that takes a question and keeps its answer back.
+struct HesitantService
+{
+    HesitantService() { TestOrigins::setReleaseApi(server.url(QString())); }
+
+    RawConnection* asking = nullptr;
+    RawServer server{[this](RawConnection& connection, const RawRequest&) { asking = &connection; }};
+};
+
 class UpdateTest : public FlowTest
 {
     Q_OBJECT
@@ -250,28 +259,24 @@ private Q_SLOTS:
 
     void theModelMayGoInTheMiddleOfACheck()
     {
-        RawConnection* asking = nullptr;
-        RawServer server([&](RawConnection& connection, const RawRequest&) { asking = &connection; });
-        TestOrigins::setReleaseApi(server.url(QString()));
+        HesitantService service;
         m_model->checkForUpdate();
-        QTRY_VERIFY(asking);
+        QTRY_VERIFY(service.asking);
         QVERIFY(m_model->hasWorkUnderWay());
         m_recorder.reset();
         m_model.reset();
-        asking->send(httpAnswer(200, "{}"));
+        service.asking->send(httpAnswer(200, "{}"));
         // The check lets go of its connection when it has come to its end without its model.
-        QTRY_VERIFY(asking->isClosed());
+        QTRY_VERIFY(service.asking->isClosed());
     }
 
     void aCheckCountsAsWorkUntilItHasEnded()
     {
-        RawConnection* asking = nullptr;
-        RawServer server([&](RawConnection& connection, const RawRequest&) { asking = &connection; });
-        TestOrigins::setReleaseApi(server.url(QString()));
+        HesitantService service;
         m_model->checkForUpdate();
-        QTRY_VERIFY(asking);
+        QTRY_VERIFY(service.asking);
         QVERIFY(m_model->hasWorkUnderWay());
-        asking->send(httpAnswer(200, "{}"));
+        service.asking->send(httpAnswer(200, "{}"));
         QTRY_VERIFY(m_model->errorMessage().has_value());
         QTRY_VERIFY(!m_model->hasWorkUnderWay());
     }
