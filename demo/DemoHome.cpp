@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "DemoHome.h"
 
+#include "platform/Text.h"
+
 #include <QByteArray>
+#include <QSettings>
 
 namespace fs = std::filesystem;
 
@@ -35,6 +38,8 @@ void liveIn(const fs::path& folder)
     put("XDG_DATA_HOME", home / "data");
     put("XDG_CONFIG_HOME", home / "config");
     put("XDG_CACHE_HOME", home / "cache");
+    // Qt reads XDG_CONFIG_HOME once.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, toText(home / "config"));
     // The stand-in is on this machine, wherever the way out of it leads.
     qputenv("no_proxy", "127.0.0.1");
 }

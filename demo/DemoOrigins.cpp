@@ -2,7 +2,7 @@
 #include "DemoOrigins.h"
 
 #include "emulator/SearchedFolders.h"
-#include "game/Origins.h"
+#include "network/Origins.h"
 #include "platform/Places.h"
 
 namespace cartloom
@@ -31,6 +31,10 @@ QUrl Origins::store()
 QString Origins::emulatorSite()
 {
     return QStringLiteral("ares-emu.net");
+}
+std::string Origins::certificateAuthorities()
+{
+    return {};
 }
 
 std::vector<std::filesystem::path> AresInstaller::searchedFolders()

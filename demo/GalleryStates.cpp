@@ -2,7 +2,6 @@
 #include "GalleryStates.h"
 
 #include "GalleryWindow.h"
-#include "support/ModelProbe.h"
 
 namespace cartloom
 {
@@ -11,7 +10,6 @@ namespace
 {
 
 using Stage = AppModel::Stage;
-using P = ModelProbe;
 
 constexpr QSize smallWindow(480, 600);
 constexpr QSize largeWindow(900, 900);
@@ -21,22 +19,22 @@ void beIdle(AppModel& /*model*/) {}
 
 void beSetUp(AppModel& model)
 {
-    P::setSetupDone(model, true);
-    P::setAresVersion(model, QStringLiteral("v148"));
+    model.setupDone = true;
+    model.aresVersion = QStringLiteral("v148");
 }
 
 void useExternal(AppModel& model)
 {
-    P::setSetupDone(model, true);
-    P::setUsingExternalAres(model, true);
+    model.setupDone = true;
+    model.usingExternalAres = true;
     model.setFullscreen(true);
 }
 
 void download(AppModel& model, Stage stage, std::optional<double> fraction, const QString& line)
 {
-    P::setStage(model, stage);
-    P::setFraction(model, fraction);
-    P::setDetailLine(model, line);
+    model.stage = stage;
+    model.fraction = fraction;
+    model.detailLine = line;
 }
 
 void downloadHalf(AppModel& model)
@@ -47,14 +45,14 @@ void downloadHalf(AppModel& model)
 void play(AppModel& model, Stage stage)
 {
     beSetUp(model);
-    P::setStage(model, stage);
+    model.stage = stage;
 }
 
 void fail(AppModel& model, const QString& details)
 {
     beSetUp(model);
-    P::setErrorMessage(model, QStringLiteral("Ares stopped right away (exit code 3).\n\nno such core"));
-    P::setErrorDetails(model, details);
+    model.errorMessage = QStringLiteral("Ares stopped right away (exit code 3).\n\nno such core");
+    model.errorDetails = details;
 }
 
 QString longDetails()
@@ -73,20 +71,20 @@ void failAtLength(AppModel& model)
 void failInMoreWordsThanAreShown(AppModel& model)
 {
     fail(model, {});
-    P::setErrorMessage(model, QStringLiteral("no such core, and none to take its place; ").repeated(25'000));
+    model.errorMessage = QStringLiteral("no such core, and none to take its place; ").repeated(25'000);
 }
 
 void failToGetGame(AppModel& model)
 {
-    P::setAresVersion(model, QStringLiteral("v148"));
-    P::setErrorMessage(model, QStringLiteral("The connection was lost while downloading. Please try again."));
-    P::setErrorDetails(model, QStringLiteral("Getting the game: NSURLErrorDomain -1005"));
-    P::setGameDownloadFailed(model, true);
+    model.aresVersion = QStringLiteral("v148");
+    model.errorMessage = QStringLiteral("The connection was lost while downloading. Please try again.");
+    model.errorDetails = QStringLiteral("Getting the game: NSURLErrorDomain -1005");
+    model.gameDownloadFailed = true;
 }
 
 void offer(AppModel& model, const std::filesystem::path& app)
 {
-    P::setOfferExternal(model, app);
+    model.offerExternal = app;
 }
 
 void offerAtLength(AppModel& model)
@@ -99,13 +97,13 @@ void offerUpdate(AppModel& model)
     beSetUp(model);
     AresRelease release;
     release.tagName = QStringLiteral("v149");
-    P::setUpdateOffer(model, release);
+    model.updateOffer = release;
 }
 
 void askWhetherToReset(AppModel& model)
 {
     beSetUp(model);
-    model.setConfirmReset(true);
+    model.confirmReset = true;
 }
 
 void openDetails(const QQuickWindow& window)
@@ -174,7 +172,7 @@ std::vector<GalleryState> statesOfMessages()
         {QStringLiteral("error-cut"), failInMoreWordsThanAreShown, {}, scrollPageToItsEnd},
         {QStringLiteral("error-recovery"), failToGetGame, QStringLiteral("I already have the file")},
         {QStringLiteral("notice"),
-         [](AppModel& model) { P::setNotice(model, QStringLiteral("Cancelled. Nothing was changed.")); },
+         [](AppModel& model) { model.notice = QStringLiteral("Cancelled. Nothing was changed."); },
          QStringLiteral("Cancelled. Nothing was changed.")},
     };
 }

@@ -4,8 +4,8 @@
 #include "EmulatorWindow.h"
 #include "Say.h"
 #include "TitlePicture.h"
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 
 #include <QQuickItem>
 #include <QScreen>

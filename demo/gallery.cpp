@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
+#include "DemoHome.h"
 #include "GalleryStates.h"
 #include "GalleryWindow.h"
 #include "Say.h"
 #include "core/CartloomApp.h"
-#include "support/Sandbox.h"
+#include "platform/Text.h"
 
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QTemporaryDir>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -40,7 +42,8 @@ void setTextScale(qreal scale)
 
 void takePicture(const GalleryState& state, const QDir& folder)
 {
-    const Sandbox sandbox;
+    const QTemporaryDir home;
+    liveIn(toPath(home.path()));
     setTextScale(state.textScale);
     CartloomApp cartloom;
     QQuickWindow& window = windowOf(cartloom);

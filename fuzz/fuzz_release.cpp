@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Fuzzing.h"
 #include "emulator/ReleaseReply.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QUrl>
 
 using namespace cartloom;
 using cartloom::Fuzzing::require;
@@ -23,7 +24,8 @@ void checkRelease(const AresRelease& release, const QJsonObject& reply)
 {
     require(reply.value(QLatin1String("tag_name")) == release.tagName, "the tag is the reply's");
     require(isMacOSDownload(release.assetName), "the asset is a macOS download");
-    require(release.downloadURL.isValid() && !release.downloadURL.isEmpty(), "its link is an address");
+    require(QUrl(QString::fromStdString(release.downloadURL), QUrl::StrictMode).isValid(),
+            "its link is an address");
     for (const auto& item : reply.value(QLatin1String("assets")).toArray()) {
         const QJsonObject asset = item.toObject();
         if (!isMacOSDownload(asset.value(QLatin1String("name")).toString()))
@@ -33,7 +35,7 @@ void checkRelease(const AresRelease& release, const QJsonObject& reply)
                     asset.value(QLatin1String("size")).toInteger(release.size ^ 1) == release.size,
                 "the size is the asset's");
         const QString address = asset.value(QLatin1String("browser_download_url")).toString();
-        require(QUrl(address, QUrl::StrictMode) == release.downloadURL, "the link is the asset's");
+        require(address.toStdString() == release.downloadURL, "the link is the asset's, byte for byte");
         return;
     }
     require(false, "the asset is one of the reply's");

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Fuzzing.h"
 #include "game/GameDownloader.h"
-#include "platform/JustInTime.h"
 
 #include <QUrl>
 
@@ -104,10 +103,6 @@ bool fitsAForm(char c)
 /// The patterns find what a plain search finds; and no token can add to the form, no id to the address.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    [[maybe_unused]] static const bool prepared = [] {
-        JustInTime::forbidForPatterns();
-        return true;
-    }();
     const QString page = QString::fromUtf8(Fuzzing::bytesOf(data, size));
 
     const Text token = GameDownloader::parseCSRF(page);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Fuzzing.h"
 #include "emulator/TreeInspection.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
 
 #include <algorithm>
 #include <array>

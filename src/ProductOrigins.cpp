@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/SearchedFolders.h"
-#include "game/Origins.h"
+#include "network/Origins.h"
 #include "platform/Places.h"
 
 namespace cartloom::Origins
@@ -19,6 +19,11 @@ QUrl store()
 QString emulatorSite()
 {
     return QStringLiteral(CARTLOOM_EMULATOR_SITE);
+}
+
+std::string certificateAuthorities()
+{
+    return {};
 }
 
 } // namespace cartloom::Origins

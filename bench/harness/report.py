@@ -25,11 +25,11 @@ def ratio_of(ours, yardstick):
 
 
 def compared(what, ours, yardstick, bound, unit, name="yardstick", digits=1):
-    """A row that holds when the median ratio of the pairs is within the bound."""
+    """A row that holds if the median ratio of the pairs is within the bound. Without a bound it is only a figure."""
     ratio = ratio_of(ours, yardstick)
     return Row(what, f"{median(ours):.{digits}f} {unit}",
-               f"{name}: {median(yardstick):.{digits}f} {unit}", ratio, f"≤ {bound:.2f}", ratio <= bound,
-               {"ours": ours, name: yardstick})
+               f"{name}: {median(yardstick):.{digits}f} {unit}", ratio, "" if bound is None else f"≤ {bound:.2f}",
+               None if bound is None else ratio <= bound, {"ours": ours, name: yardstick})
 
 
 def bounded(what, ours, bound, unit, digits=1):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A web server on this machine that has everything that the launcher downloads, over HTTP and over TLS."""
+"""A web server on this machine that has everything that the launcher downloads, over HTTP, TLS and HTTP/2."""
 
 import json
 import os
@@ -27,6 +27,7 @@ http {{
   server {{
     listen 127.0.0.1:{plain};
     listen 127.0.0.1:{secure} ssl;
+    listen 127.0.0.1:{second} ssl http2;
     ssl_certificate {folder}/server.pem;
     ssl_certificate_key {folder}/server.key;
     root {content};
@@ -54,7 +55,7 @@ class Server:
         self.place = place
         self.folder = place.work / f"server-{name}"
         self.folder.mkdir()
-        self.plain, self.secure = free_ports(2)
+        self.plain, self.secure, self.second = free_ports(3)
         self.certificate = self.folder / "server.pem"
         archive = content.make_release(place)
         content.make_game(place)
@@ -63,7 +64,7 @@ class Server:
             {"name": archive.name, "size": archive.stat().st_size,
              "browser_download_url": self.address(archive.name)}]}))
         self._write("nginx.conf", CONFIGURATION.format(
-            folder=self.folder, content=archive.parent, plain=self.plain, secure=self.secure))
+            folder=self.folder, content=archive.parent, plain=self.plain, secure=self.secure, second=self.second))
         place.run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
                   "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
                   "-keyout", str(self.folder / "server.key"), "-out", str(self.certificate),
@@ -74,8 +75,9 @@ class Server:
                                    str(self.folder / "nginx.conf"), *user, stderr=subprocess.DEVNULL)
         self._wait()
 
-    def address(self, name, secure=False):
-        return f"https://127.0.0.1:{self.secure}/{name}" if secure else f"http://127.0.0.1:{self.plain}/{name}"
+    def address(self, name, protocol="HTTP"):
+        ports = {"HTTP": self.plain, "TLS": self.secure, "HTTP/2": self.second}
+        return f"http{'' if protocol == 'HTTP' else 's'}://127.0.0.1:{ports[protocol]}/{name}"
 
     def variables(self):
         """What tells the wired programs of this server."""

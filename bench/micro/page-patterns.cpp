@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "game/GameDownloader.h"
-#include "platform/JustInTime.h"
 
 #include <benchmark/benchmark.h>
 
@@ -39,12 +38,6 @@ void pagePatterns(benchmark::State& state)
             state.SkipWithError("a near-match was taken for a match");
     }
 }
-
-/// As the launcher does it at its start.
-const bool interpreted = [] {
-    JustInTime::forbidForPatterns();
-    return true;
-}();
 
 } // namespace
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/ByteCount.h"
+#include "core/ByteCount.h"
 #include "platform/PropertyList.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/SearchedFolders.h"
-#include "game/Origins.h"
+#include "network/Origins.h"
 
 /// The addresses of the servers that bench/run has started on this machine.
 namespace cartloom::Origins
@@ -17,6 +17,10 @@ QUrl store()
 QString emulatorSite()
 {
     return QStringLiteral("ares-emu.net");
+}
+std::string certificateAuthorities()
+{
+    return qEnvironmentVariable("BENCH_CERTIFICATE").toStdString();
 }
 
 } // namespace cartloom::Origins

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "TrustedServer.h"
-#include "game/FileDownloader.h"
-#include "platform/MainThread.h"
-#include "platform/ThreadLoops.h"
+#include "network/FileDownloader.h"
 
 #include <QCoreApplication>
 #include <QCoroTask>
@@ -40,12 +37,9 @@ int main(int argc, char* argv[])
     if (argc != 3)
         return EXIT_FAILURE;
     try {
-        cartloom::ThreadLoops::leaveOutGLib();
         const QCoreApplication application(argc, argv);
-        bench::trustServer();
-        cartloom::MainThread::adopt();
         cartloom::FileDownloader downloader(argv[2], [](qint64, qint64) {});
-        const QNetworkRequest request{QUrl(QString::fromLocal8Bit(argv[1]))};
+        const cartloom::HttpRequest request{.url = argv[1], .schemes = cartloom::AllowedSchemes::httpOrHttps};
         forgetPeak();
         const long before = status("VmRSS");
         QCoro::waitFor(downloader.download(request, {}));

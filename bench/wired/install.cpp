@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "TrustedServer.h"
 #include "emulator/AresInstaller.h"
-#include "platform/MainThread.h"
-#include "platform/ThreadLoops.h"
 
 #include <QCoreApplication>
 #include <QCoroTask>
@@ -26,10 +23,7 @@ QCoro::Task<void> install()
 int main(int argc, char* argv[])
 {
     try {
-        cartloom::ThreadLoops::leaveOutGLib();
         const QCoreApplication application(argc, argv);
-        bench::trustServer();
-        cartloom::MainThread::adopt();
         QCoro::waitFor(install());
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "core/CartloomApp.h"
-#include "support/ModelProbe.h"
 
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -47,7 +46,7 @@ struct Costs
 /// One report from another thread, as the downloader makes it.
 Costs report(CartloomApp& cartloom, QQuickWindow& window, const QQuickItem& label, qint64 received)
 {
-    const auto callback = ModelProbe::progressCallback(cartloom.model());
+    const auto callback = cartloom.model().progressCallback();
     std::thread([&] { callback(received, expected); }).join();
     const QString before = label.property("text").toString();
     const qint64 start = used();
@@ -65,7 +64,7 @@ void measure(CartloomApp& cartloom)
 {
     auto* const window = qobject_cast<QQuickWindow*>(cartloom.engine().rootObjects().value(0));
     waitForFrame(*window);
-    ModelProbe::setStage(cartloom.model(), AppModel::Stage::gettingAres);
+    cartloom.model().stage = AppModel::Stage::gettingAres;
     waitForFrame(*window);
     const auto* const label = window->findChild<QQuickItem*>(QStringLiteral("detailLine"));
     if (!label)

@@ -1,46 +1,56 @@
 // SPDX-License-Identifier: MIT
 #include "core/AppModel.h"
 
-#include "core/Paths.h"
+#include "async/Post.h"
 #include "core/PreferenceKeys.h"
 #include "emulator/AresInstaller.h"
 #include "game/GameDownloader.h"
-#include "game/Origins.h"
+#include "network/Origins.h"
 #include "platform/FileBrowser.h"
 #include "platform/Files.h"
-#include "platform/MainThread.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 
+#include <algorithm>
 #include <system_error>
+#include <utility>
 
 namespace cartloom
 {
 
-namespace
+std::shared_ptr<AppModel> AppModel::create(Clock clock, Timeouts timeouts)
 {
-
-/// An absent value is undefined in QML.
-template <typename T>
-QVariant toVariant(const std::optional<T>& value)
-{
-    return value ? QVariant::fromValue(*value) : QVariant();
+    return std::shared_ptr<AppModel>(new AppModel(std::move(clock), timeouts));
 }
 
-} // namespace
-
-AppModel::AppModel(Clock clock)
+AppModel::AppModel(Clock clock, Timeouts timeouts)
     : m_clock(std::move(clock))
+    , m_timeouts(timeouts)
     , m_fullscreen(this, &AppModel::fullscreenChanged, Preferences::boolean(PreferenceKeys::fullscreen))
     , m_lastTick(m_clock())
 {
-    MainThread::adopt();
+    enablePosting();
     refreshState();
 }
 
 bool AppModel::hasWorkUnderWay() const
 {
-    return canCancel() || m_checksForUpdate > 0 || m_clearing.isRunning();
+    return canCancel() || std::ranges::any_of(m_backgroundTasks, &TaskHandle::isRunning);
+}
+
+void AppModel::runInBackground(const TaskHandle::Body& body)
+{
+    std::erase_if(m_backgroundTasks, [](const TaskHandle& task) { return !task.isRunning(); });
+    m_backgroundTasks.push_back(TaskHandle::startNow(body));
+}
+
+void AppModel::postTo(std::weak_ptr<AppModel> model, std::function<void(AppModel&)> function)
+{
+    post([model = std::move(model), function = std::move(function)] {
+        if (const auto present = model.lock())
+            function(*present);
+    });
 }
 
 QUrl AppModel::storePage()
@@ -56,17 +66,17 @@ void AppModel::setFullscreen(bool fullscreen)
 
 void AppModel::refreshState()
 {
-    m_setupDone = locateAres().has_value() && Files::exists(Paths::gameFile());
-    m_usingExternalAres = externalPreference().has_value();
-    m_aresVersion = usingExternalAres() ? std::nullopt : AresInstaller::installedVersion();
+    setupDone = locateAres().has_value() && Files::exists(Paths::gameFile());
+    usingExternalAres = externalPreference().has_value();
+    aresVersion = usingExternalAres() ? std::nullopt : AresInstaller::installedVersion();
 }
 
 void AppModel::clearMessages()
 {
-    m_errorMessage = std::nullopt;
-    m_errorDetails = QString();
-    m_gameDownloadFailed = false;
-    m_notice = std::nullopt;
+    errorMessage = std::nullopt;
+    errorDetails = QString();
+    gameDownloadFailed = false;
+    notice = std::nullopt;
 }
 
 std::optional<std::filesystem::path> AppModel::locateAres() const
@@ -109,45 +119,19 @@ QString AppModel::emulatorSite()
 
 void AppModel::showError(const AppError& error)
 {
-    m_errorMessage = error.message;
-    m_errorDetails = error.details;
+    errorMessage = error.message;
+    errorDetails = error.details;
 }
 
-/// Whether nothing is running and nothing is about to.
-bool AppModel::isAtRest() const
+bool AppModel::canStart() const
 {
-    return stage() == Stage::idle && (!m_task || m_task->hasBegun());
+    return atRest() && (!m_task || m_task->hasBegun());
 }
 
-QString AppModel::stageName() const
+void AppModel::endProgress()
 {
-    return nameOf(stage());
-}
-
-QVariant AppModel::fractionVariant() const
-{
-    return toVariant(fraction());
-}
-QVariant AppModel::errorMessageVariant() const
-{
-    return toVariant(errorMessage());
-}
-QVariant AppModel::noticeVariant() const
-{
-    return toVariant(notice());
-}
-QVariant AppModel::updateOfferVariant() const
-{
-    return toVariant(updateOffer());
-}
-QVariant AppModel::aresVersionVariant() const
-{
-    return toVariant(aresVersion());
-}
-
-QVariant AppModel::offerExternalVariant() const
-{
-    return offerExternal() ? QVariant(toText(*offerExternal())) : QVariant();
+    fraction = std::nullopt;
+    detailLine = QString();
 }
 
 } // namespace cartloom

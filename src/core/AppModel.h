@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "async/TaskHandle.h"
 #include "core/OpenPanel.h"
 #include "core/Published.h"
-#include "core/TaskHandle.h"
+#include "core/Step.h"
 #include "emulator/AresRelease.h"
 #include "emulator/Launcher.h"
-#include "game/AppError.h"
-#include "game/ProgressCallback.h"
+#include "errors/AppError.h"
+#include "network/ProgressCallback.h"
+#include "network/Timeouts.h"
 
 #include <QObject>
 #include <QUrl>
@@ -17,33 +19,37 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace cartloom
 {
 
-/// Everything that the window shows, and everything that the player can do. The application makes the one
-/// instance and owns it. Main thread only. No operation throws: failures end in the message fields.
-class AppModel : public QObject
+/// Everything that the window shows and everything that the player can do. The application creates the one
+/// instance and owns it; a running flow keeps it alive. Main thread. No operation throws: failures end in the
+/// message fields.
+class AppModel : public QObject, public std::enable_shared_from_this<AppModel>
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The application owns the one model.")
 
-    /// The stage by its name, because QML cannot name an enumerator that begins with a small letter.
-    Q_PROPERTY(QString stage READ stageName NOTIFY stageChanged)
+    Q_PROPERTY(QString stageTitle READ stageTitle NOTIFY stageChanged)
+    Q_PROPERTY(bool atRest READ atRest NOTIFY stageChanged)
+    Q_PROPERTY(bool showsProgress READ showsProgress NOTIFY stageChanged)
     Q_PROPERTY(bool canCancel READ canCancel NOTIFY stageChanged)
-    Q_PROPERTY(QVariant fraction READ fractionVariant NOTIFY fractionChanged)
+    Q_PROPERTY(QVariant fraction READ fraction NOTIFY fractionChanged)
     Q_PROPERTY(QString detailLine READ detailLine NOTIFY detailLineChanged)
-    Q_PROPERTY(QVariant errorMessage READ errorMessageVariant NOTIFY errorMessageChanged)
+    Q_PROPERTY(QVariant errorMessage READ errorMessage NOTIFY errorMessageChanged)
     Q_PROPERTY(QString errorDetails READ errorDetails NOTIFY errorDetailsChanged)
     Q_PROPERTY(bool gameDownloadFailed READ gameDownloadFailed NOTIFY gameDownloadFailedChanged)
-    Q_PROPERTY(QVariant notice READ noticeVariant NOTIFY noticeChanged)
-    Q_PROPERTY(QVariant offerExternal READ offerExternalVariant NOTIFY offerExternalChanged)
-    Q_PROPERTY(QVariant updateOffer READ updateOfferVariant NOTIFY updateOfferChanged)
+    Q_PROPERTY(QVariant notice READ notice NOTIFY noticeChanged)
+    Q_PROPERTY(QVariant offerExternal READ offerExternal NOTIFY offerExternalChanged)
+    Q_PROPERTY(QVariant updateOffer READ updateOffer NOTIFY updateOfferChanged)
     Q_PROPERTY(bool confirmReset READ confirmReset WRITE setConfirmReset NOTIFY confirmResetChanged)
     Q_PROPERTY(bool setupDone READ setupDone NOTIFY setupDoneChanged)
-    Q_PROPERTY(QVariant aresVersion READ aresVersionVariant NOTIFY aresVersionChanged)
+    Q_PROPERTY(QVariant aresVersion READ aresVersion NOTIFY aresVersionChanged)
     Q_PROPERTY(bool usingExternalAres READ usingExternalAres NOTIFY usingExternalAresChanged)
     Q_PROPERTY(bool fullscreen READ fullscreen WRITE setFullscreen NOTIFY fullscreenChanged)
     Q_PROPERTY(cartloom::OpenPanel* openPanel READ openPanel CONSTANT)
@@ -69,55 +75,63 @@ public:
     using TimePoint = std::chrono::steady_clock::time_point;
     using Clock = std::function<TimePoint()>;
 
-    /// Reads the preferences and looks at what is installed. The clock is what speeds are measured by.
-    explicit AppModel(Clock clock = std::chrono::steady_clock::now);
+    /// Reads the preferences and looks at what is installed. Speeds are measured by the clock.
+    [[nodiscard]] static std::shared_ptr<AppModel> create(Clock clock = std::chrono::steady_clock::now,
+                                                          Timeouts timeouts = {});
 
     // The state that is shown.
 
-    [[nodiscard]] Stage stage() const { return m_stage.value(); }
-    /// Progress of a download from 0.0 to 1.0; none when no bar can be drawn.
-    [[nodiscard]] const std::optional<double>& fraction() const { return m_fraction.value(); }
-    [[nodiscard]] const QString& detailLine() const { return m_detailLine.value(); }
-    [[nodiscard]] const std::optional<QString>& errorMessage() const { return m_errorMessage.value(); }
-    [[nodiscard]] const QString& errorDetails() const { return m_errorDetails.value(); }
-    [[nodiscard]] bool gameDownloadFailed() const { return m_gameDownloadFailed.value(); }
-    [[nodiscard]] const std::optional<QString>& notice() const { return m_notice.value(); }
+    template <typename T>
+    using Field = Published<AppModel, T>;
+
+    Field<Stage> stage{this, &AppModel::stageChanged, Stage::idle};
+    /// Progress of a download from 0.0 to 1.0; none if no bar can be drawn.
+    Field<Optional<double>> fraction{this, &AppModel::fractionChanged};
+    /// Bytes so far, total and speed.
+    Field<QString> detailLine{this, &AppModel::detailLineChanged};
+    Field<Optional<QString>> errorMessage{this, &AppModel::errorMessageChanged};
+    Field<QString> errorDetails{this, &AppModel::errorDetailsChanged};
+    Field<bool> gameDownloadFailed{this, &AppModel::gameDownloadFailedChanged};
+    Field<Optional<QString>> notice{this, &AppModel::noticeChanged};
     /// A copy of the emulator found on the machine, while the player is asked whether to use it.
-    [[nodiscard]] const std::optional<std::filesystem::path>& offerExternal() const
-    {
-        return m_offerExternal.value();
-    }
+    Field<Optional<std::filesystem::path>> offerExternal{this, &AppModel::offerExternalChanged};
     /// A newer release, while the player is asked whether to install it.
-    [[nodiscard]] const std::optional<AresRelease>& updateOffer() const { return m_updateOffer.value(); }
-    [[nodiscard]] bool confirmReset() const { return m_confirmReset.value(); }
-    /// Whether the next press starts playing at once.
-    [[nodiscard]] bool setupDone() const { return m_setupDone.value(); }
+    Field<Optional<AresRelease>> updateOffer{this, &AppModel::updateOfferChanged};
+    Field<bool> confirmReset{this, &AppModel::confirmResetChanged};
+    /// True if the next press starts playing at once.
+    Field<bool> setupDone{this, &AppModel::setupDoneChanged};
     /// The version of the emulator that this program installed; none while another one is used.
-    [[nodiscard]] const std::optional<QString>& aresVersion() const { return m_aresVersion.value(); }
-    [[nodiscard]] bool usingExternalAres() const { return m_usingExternalAres.value(); }
-    [[nodiscard]] bool fullscreen() const { return m_fullscreen.value(); }
-    [[nodiscard]] bool canCancel() const
-    {
-        return stage() == Stage::gettingAres || stage() == Stage::gettingGame;
-    }
+    Field<Optional<QString>> aresVersion{this, &AppModel::aresVersionChanged};
+    Field<bool> usingExternalAres{this, &AppModel::usingExternalAresChanged};
+
+    [[nodiscard]] bool fullscreen() const { return m_fullscreen(); }
+
+    // The stage as the window shows it.
+
+    /// Empty in the stage idle.
+    [[nodiscard]] QString stageTitle() const;
+    /// True in the stage idle.
+    [[nodiscard]] bool atRest() const;
+    [[nodiscard]] bool showsProgress() const;
+    [[nodiscard]] bool canCancel() const;
 
     /// The game's store page, for a browser.
     [[nodiscard]] static QUrl storePage();
 
-    /// Through which the player is asked for a file.
+    /// Asks the player for a file.
     [[nodiscard]] OpenPanel* openPanel() { return &m_openPanel; }
     /// The domain name of the emulator's web site.
     [[nodiscard]] static QString emulatorSite();
 
-    /// Whether something is being fetched, installed or cleared away, shown or not.
+    /// True while anything is fetched, installed or deleted, whether it is shown or not.
     [[nodiscard]] bool hasWorkUnderWay() const;
 
     // What the window sets.
 
     void setFullscreen(bool fullscreen);
-    void setConfirmReset(bool confirm) { m_confirmReset = confirm; }
-    Q_INVOKABLE void clearOfferExternal() { m_offerExternal = std::nullopt; }
-    Q_INVOKABLE void clearUpdateOffer() { m_updateOffer = std::nullopt; }
+    void setConfirmReset(bool confirm) { confirmReset = confirm; }
+    Q_INVOKABLE void clearOfferExternal() { offerExternal = std::nullopt; }
+    Q_INVOKABLE void clearUpdateOffer() { updateOffer = std::nullopt; }
 
     // What the player can do.
 
@@ -152,13 +166,13 @@ public:
 
     // The parts of the play flow.
 
-    /// Never throws; the model may be gone before it ends.
+    /// Never throws.
     [[nodiscard]] QCoro::Task<void> runFlow(std::optional<std::filesystem::path> customROM,
                                             bool allowExternalOffer, CancellationToken token);
-    /// Judges how the emulator ended; to be called once a run.
+    /// Commits or rolls back an update by how the emulator ended. Called once per run.
     void didExit(const LaunchResult& result, bool justUpdated);
 
-    // What the operations share.
+    // Shared by the operations.
 
     /// Recomputes what is derived from the disk and the preferences.
     void refreshState();
@@ -196,21 +210,17 @@ Q_SIGNALS:
     void fullscreenChanged();
 
 private:
-    /// Puts the model into any state, for tests.
+    /// Reads and calls private members, for tests.
     friend class ModelProbe;
 
-    template <typename T>
-    using Field = Published<AppModel, T>;
+    AppModel(Clock clock, Timeouts timeouts);
 
-    [[nodiscard]] QString stageName() const;
-    [[nodiscard]] QVariant fractionVariant() const;
-    [[nodiscard]] QVariant errorMessageVariant() const;
-    [[nodiscard]] QVariant noticeVariant() const;
-    [[nodiscard]] QVariant offerExternalVariant() const;
-    [[nodiscard]] QVariant updateOfferVariant() const;
-    [[nodiscard]] QVariant aresVersionVariant() const;
-
-    [[nodiscard]] bool isAtRest() const;
+    /// True if no flow is running or queued.
+    [[nodiscard]] bool canStart() const;
+    /// Runs a task that cannot be cancelled; the stage stays idle meanwhile.
+    void runInBackground(const TaskHandle::Body& body);
+    /// Calls the function on the main thread, unless the model is gone by then. Any thread.
+    static void postTo(std::weak_ptr<AppModel> model, std::function<void(AppModel&)> function);
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadAres(CancellationToken token);
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadGame(CancellationToken token);
     [[nodiscard]] std::filesystem::path checkedSavedGame();
@@ -221,33 +231,19 @@ private:
     void addGameFile(const std::filesystem::path& file);
     void playROM(const std::filesystem::path& rom);
     void showError(const AppError& error);
-    void failFlow(const std::exception& error, QLatin1String step);
+    void failFlow(const std::exception& error, Step step);
+    void endProgress();
 
     const Clock m_clock;
-
-    Field<Stage> m_stage{this, &AppModel::stageChanged, Stage::idle};
-    Field<std::optional<double>> m_fraction{this, &AppModel::fractionChanged};
-    Field<QString> m_detailLine{this, &AppModel::detailLineChanged};
-    Field<std::optional<QString>> m_errorMessage{this, &AppModel::errorMessageChanged};
-    Field<QString> m_errorDetails{this, &AppModel::errorDetailsChanged};
-    Field<bool> m_gameDownloadFailed{this, &AppModel::gameDownloadFailedChanged};
-    Field<std::optional<QString>> m_notice{this, &AppModel::noticeChanged};
-    Field<std::optional<std::filesystem::path>> m_offerExternal{this, &AppModel::offerExternalChanged};
-    Field<std::optional<AresRelease>> m_updateOffer{this, &AppModel::updateOfferChanged};
-    Field<bool> m_confirmReset{this, &AppModel::confirmResetChanged};
-    Field<bool> m_setupDone{this, &AppModel::setupDoneChanged};
-    Field<std::optional<QString>> m_aresVersion{this, &AppModel::aresVersionChanged};
-    Field<bool> m_usingExternalAres{this, &AppModel::usingExternalAresChanged};
+    const Timeouts m_timeouts;
     Field<bool> m_fullscreen;
 
     Launcher m_launcher;
     OpenPanel m_openPanel;
-    /// The running operation, or the last one.
+    /// The running flow, or the last one.
     std::optional<TaskHandle> m_task;
-    int m_checksForUpdate = 0;
-    /// Ends when what was left over is gone.
-    QFuture<void> m_clearing;
-    /// What the player asked to play when the flow stopped to offer a copy of the emulator.
+    std::vector<TaskHandle> m_backgroundTasks;
+    /// The ROM that the flow was started with before it stopped to offer a copy of the emulator.
     std::optional<std::filesystem::path> m_pendingROM;
 
     // The last speed sample.

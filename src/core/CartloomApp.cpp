@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "core/CartloomApp.h"
 
-#include "core/Paths.h"
 #include "platform/Appearance.h"
-#include "platform/JustInTime.h"
-#include "platform/ThreadLoops.h"
+#include "platform/Renderer.h"
+#include "platform/Signals.h"
+#include "storage/Paths.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
-#include <QNetworkProxyFactory>
 #include <QQmlComponent>
 #include <QQuickWindow>
-#include <QSurfaceFormat>
 
-#include <csignal>
 #include <cstdlib>
 
 namespace cartloom
@@ -22,7 +19,7 @@ namespace cartloom
 namespace
 {
 
-/// Has Qt look for the system's fonts, which it does when the first text is measured.
+/// Forces Qt's font database to load, in parallel with the QML compiler.
 void findFonts()
 {
     static_cast<void>(QFontMetrics(QGuiApplication::font()).height());
@@ -36,22 +33,8 @@ void CartloomApp::prepare()
     QCoreApplication::setOrganizationName(QStringLiteral("Cartloom"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
-    JustInTime::forbidForPatterns();
-    ThreadLoops::leaveOutGLib();
-    QNetworkProxyFactory::setUseSystemConfiguration(true);
-#ifdef Q_OS_LINUX
-    // The scene is flat and small: without a GPU pipeline it is up sooner and takes a third of the memory.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-#else
-    // A GPU draws the edges of shapes smoothly only when it takes several samples a pixel.
-    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
-    format.setSamples(4);
-    QSurfaceFormat::setDefaultFormat(format);
-#endif
-    // The emulator inherits this, and so may write errors after this program has gone.
-    std::signal(SIGPIPE, SIG_IGN);
-    // Whoever started this program may have ignored its children; we want to know how ours end.
-    std::signal(SIGCHLD, SIG_DFL);
+    Renderer::choose();
+    Signals::prepare();
 }
 
 CartloomApp::CartloomApp()
@@ -62,7 +45,7 @@ CartloomApp::CartloomApp()
     Appearance::askForDark();
     QObject::connect(&m_instance, &SingleInstance::startedAgain, &m_engine, [this] { showWindow(); });
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
+    m_engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(m_model.get())}});
     const QUrl window(QStringLiteral("qrc:/qt/qml/Cartloom/Main.qml"));
     // Qt reads it on a thread of its own.
     const QQmlComponent ahead(&m_engine, window, QQmlComponent::Asynchronous);
@@ -86,8 +69,8 @@ int CartloomApp::run()
     if (!isFirst())
         return EXIT_SUCCESS;
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
-    // What is under way has threads that nobody waits for any more.
-    if (m_model.hasWorkUnderWay())
+    // Worker threads may still run; nothing waits for them.
+    if (m_model->hasWorkUnderWay())
         std::_Exit(status);
     return status;
 }

@@ -6,6 +6,8 @@
 
 #include <QQmlApplicationEngine>
 
+#include <memory>
+
 namespace cartloom
 {
 
@@ -21,7 +23,7 @@ public:
     CartloomApp();
 
     [[nodiscard]] bool isFirst() const { return m_instance.isFirst(); }
-    [[nodiscard]] AppModel& model() { return m_model; }
+    [[nodiscard]] AppModel& model() { return *m_model; }
     [[nodiscard]] QQmlApplicationEngine& engine() { return m_engine; }
 
     /// Runs the event loop until the last window is closed; returns the exit status. Work that is still under
@@ -32,7 +34,7 @@ private:
     void showWindow() const;
 
     SingleInstance m_instance;
-    AppModel m_model;
+    std::shared_ptr<AppModel> m_model = AppModel::create();
     QQmlApplicationEngine m_engine;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/AppModel.h"
 
-#include "game/FriendlyError.h"
+#include "errors/FriendlyError.h"
 #include "game/GameDownloader.h"
 #include "game/RomCheck.h"
 #include "platform/Files.h"
@@ -12,7 +12,7 @@ namespace cartloom
 
 void AppModel::chooseExistingGameFile()
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     m_openPanel.open({QStringLiteral("Choose Quillet64.z64"), {}, {}},
                      [this](const std::filesystem::path& file) { addGameFile(file); });
@@ -20,7 +20,7 @@ void AppModel::chooseExistingGameFile()
 
 void AppModel::openROM()
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     m_openPanel.open({QStringLiteral("Choose a Nintendo 64 game"),
                       QStringLiteral("Pick a .z64 or .v64 ROM file."),
@@ -30,17 +30,17 @@ void AppModel::openROM()
 
 void AppModel::openDropped(const QList<QUrl>& addresses)
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     if (addresses.size() != 1) {
         clearMessages();
-        m_errorMessage = QStringLiteral("Drop one game file at a time.");
+        errorMessage = QStringLiteral("Drop one game file at a time.");
         return;
     }
     const auto file = toPath(addresses.first().toLocalFile());
     if (!addresses.first().isLocalFile() || Files::isFolder(file)) {
         clearMessages();
-        m_errorMessage = QStringLiteral("Drop a game file that is on this computer.");
+        errorMessage = QStringLiteral("Drop a game file that is on this computer.");
         return;
     }
     playROM(file);
@@ -49,28 +49,28 @@ void AppModel::openDropped(const QList<QUrl>& addresses)
 void AppModel::addGameFile(const std::filesystem::path& file)
 {
     // Something else may have begun while the panel was open.
-    if (!isAtRest())
+    if (!canStart())
         return;
     try {
         RomCheck::validate(file, true);
         GameDownloader::install(file, true);
         clearMessages();
         refreshState();
-        m_notice = QStringLiteral("Game file added. Press the button to play.");
+        notice = QStringLiteral("Game file added. Press the button to play.");
     } catch (const std::exception& error) {
-        showError(FriendlyError::make(error, QStringLiteral("Adding the game file")));
+        showError(FriendlyError::make(error, phraseFor(Step::addingGameFile)));
     }
 }
 
 void AppModel::playROM(const std::filesystem::path& rom)
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     clearMessages();
     try {
         RomCheck::validate(rom, false);
     } catch (const std::exception& error) {
-        showError(FriendlyError::make(error, QStringLiteral("Checking the ROM")));
+        showError(FriendlyError::make(error, phraseFor(Step::checkingROM)));
         return;
     }
     start(rom, true);

@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "core/AppModel.h"
 
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "emulator/AresInstaller.h"
-#include "game/FriendlyError.h"
+#include "errors/FriendlyError.h"
+#include "errors/PlatformError.h"
 #include "game/GameDownloader.h"
 #include "game/RomCheck.h"
-#include "platform/Errors.h"
 #include "platform/Files.h"
-#include "platform/MainThread.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
+#include "storage/Removal.h"
 
-#include <QPointer>
-
-#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -25,49 +22,51 @@ namespace cartloom
 namespace
 {
 
-constexpr QLatin1String gettingAresStep("Getting Ares");
-constexpr QLatin1String gettingGameStep("Getting the game");
-constexpr QLatin1String startingAresStep("Starting Ares");
-
-/// A run of at least this many seconds has got past everything that stops an emulator at its start.
-constexpr double shortestGoodRun = 3.0;
-constexpr qsizetype mostQuotedLines = 5;
+constexpr double minGoodRunSeconds = 3.0;
+constexpr qsizetype maxQuotedLines = 5;
 
 bool isGoodRun(const LaunchResult& result)
 {
-    return result.seconds >= shortestGoodRun && (result.status == 0 || result.errorText.isEmpty());
+    return result.seconds >= minGoodRunSeconds && (result.status == 0 || result.errorText.isEmpty());
 }
 
 QString firstLines(const QString& text)
 {
-    return text.split(u'\n', Qt::SkipEmptyParts).mid(0, mostQuotedLines).join(u'\n');
+    return text.split(u'\n', Qt::SkipEmptyParts).mid(0, maxQuotedLines).join(u'\n');
 }
 
-/// Whether the system knows what to do and does not let this user do it.
+/// True if the system refuses permission, which the player can grant.
 bool isForbidden(const std::exception& error)
 {
     const auto* const failure = dynamic_cast<const std::system_error*>(&error);
-    return failure && (failure->code().value() == EACCES || failure->code().value() == EPERM);
+    return failure && (failure->code() == std::errc::permission_denied ||
+                       failure->code() == std::errc::operation_not_permitted);
+}
+
+/// For waits that a cancellation does not end.
+void throwIfCancelled(const CancellationToken& token)
+{
+    if (token.isCancelled())
+        throw CancellationError();
 }
 
 } // namespace
 
 void AppModel::start(std::optional<std::filesystem::path> customROM, bool allowExternalOffer)
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     clearMessages();
-    m_task = TaskHandle::start(
-        this, [this, customROM = std::move(customROM), allowExternalOffer](CancellationToken token) {
-            return runFlow(customROM, allowExternalOffer, std::move(token));
-        });
+    m_task = TaskHandle::start([self = shared_from_this(), customROM = std::move(customROM),
+                                allowExternalOffer](CancellationToken token) {
+        return self->runFlow(customROM, allowExternalOffer, std::move(token));
+    });
 }
 
 QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customROM, bool allowExternalOffer,
                                     CancellationToken token)
 {
-    const QPointer<AppModel> self(this);
-    QLatin1String step = gettingAresStep;
+    Step step = Step::gettingAres;
     try {
         if (AresInstaller::recover())
             refreshState();
@@ -75,61 +74,52 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
         if (!app && allowExternalOffer) {
             if (const auto found = AresInstaller::externalApp()) {
                 m_pendingROM = customROM;
-                m_offerExternal = found;
+                offerExternal = found;
                 co_return;
             }
         }
         if (!app)
             app = co_await downloadAres(token);
-        if (!self)
-            co_return;
 
         auto rom = customROM;
         if (!rom && Files::exists(Paths::gameFile())) {
             rom = checkedSavedGame();
         } else if (!rom) {
-            step = gettingGameStep;
+            step = Step::gettingGame;
             rom = co_await downloadGame(token);
         }
-        if (!self)
-            co_return;
 
-        step = startingAresStep;
+        step = Step::startingAres;
         launchAres(app, rom);
     } catch (const std::exception& error) {
-        if (self)
-            failFlow(error, step);
+        failFlow(error, step);
     }
 }
 
 QCoro::Task<std::filesystem::path> AppModel::downloadAres(CancellationToken token)
 {
-    const QPointer<AppModel> self(this);
-    m_stage = Stage::gettingAres;
+    stage = Stage::gettingAres;
     beginProgress();
-    const AresRelease release = co_await AresInstaller::fetchLatest(token);
-    if (!self)
-        throw CancellationError();
-    const auto app = co_await AresInstaller::install(release, progressCallback(), token);
-    if (self)
-        refreshState();
+    const AresRelease release = co_await AresInstaller::fetchLatest(token, m_timeouts);
+    const auto app = co_await AresInstaller::install(release, progressCallback(), token, m_timeouts);
+    refreshState();
+    throwIfCancelled(token);
     co_return app;
 }
 
 QCoro::Task<std::filesystem::path> AppModel::downloadGame(CancellationToken token)
 {
-    const QPointer<AppModel> self(this);
-    m_stage = Stage::gettingGame;
+    stage = Stage::gettingGame;
     beginProgress();
     try {
-        co_await GameDownloader::download(progressCallback(), token);
+        co_await GameDownloader::download(progressCallback(), token, m_timeouts);
     } catch (const std::exception& error) {
-        if (self && !FriendlyError::isCancel(error))
-            m_gameDownloadFailed = true;
+        if (!FriendlyError::isCancel(error))
+            gameDownloadFailed = true;
         throw;
     }
-    if (self)
-        refreshState();
+    refreshState();
+    throwIfCancelled(token);
     co_return Paths::gameFile();
 }
 
@@ -139,9 +129,9 @@ std::filesystem::path AppModel::checkedSavedGame()
     try {
         RomCheck::validate(file, true);
     } catch (const std::exception& error) {
-        Files::tryRemove(file);
+        Removal::tryRemove(file);
         refreshState();
-        m_gameDownloadFailed = true;
+        gameDownloadFailed = true;
         throw AppError(
             QStringLiteral(
                 "The saved game file was damaged, so it was deleted. Press the button to download it again."),
@@ -155,37 +145,32 @@ void AppModel::launchAres(const std::optional<std::filesystem::path>& app,
 {
     if (!app || !rom)
         throw AppError(QStringLiteral("Ares or the game could not be found."));
-    m_stage = Stage::starting;
-    m_fraction = std::nullopt;
-    m_detailLine = QString();
+    stage = Stage::starting;
+    endProgress();
     const bool justUpdated = Files::exists(Paths::aresOld());
-    m_launcher.launch(*app, *rom, fullscreen(),
-                      [model = QPointer(this), justUpdated](const LaunchResult& result) {
-                          MainThread::post([model, result, justUpdated] {
-                              if (model)
-                                  model->didExit(result, justUpdated);
-                          });
-                      });
-    m_stage = Stage::playing;
+    m_launcher.launch(
+        *app, *rom, fullscreen(), [model = weak_from_this(), justUpdated](const LaunchResult& result) {
+            postTo(model, [result, justUpdated](AppModel& present) { present.didExit(result, justUpdated); });
+        });
+    stage = Stage::playing;
 }
 
-void AppModel::failFlow(const std::exception& error, QLatin1String step)
+void AppModel::failFlow(const std::exception& error, Step step)
 {
-    m_stage = Stage::idle;
-    m_fraction = std::nullopt;
-    m_detailLine = QString();
+    stage = Stage::idle;
+    endProgress();
     if (FriendlyError::isCancel(error)) {
-        m_notice = QStringLiteral("Cancelled. Nothing was changed.");
+        notice = QStringLiteral("Cancelled. Nothing was changed.");
     } else {
-        AppError shown = FriendlyError::make(error, step);
-        const bool refusedBySystem = step == startingAresStep && !dynamic_cast<const AppError*>(&error);
+        AppError shown = FriendlyError::make(error, phraseFor(step));
+        const bool refusedBySystem = step == Step::startingAres && !dynamic_cast<const AppError*>(&error);
         if (refusedBySystem)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
         showError(shown);
         // An update that cannot be started must not stand in the way of the copy that could, unless it waits
         // for the player to permit it.
-        if (step == startingAresStep && !isForbidden(error) && !usingExternalAres())
+        if (step == Step::startingAres && !isForbidden(error) && !usingExternalAres())
             AresInstaller::rollback();
     }
     refreshState();
@@ -193,9 +178,9 @@ void AppModel::failFlow(const std::exception& error, QLatin1String step)
 
 void AppModel::didExit(const LaunchResult& result, bool justUpdated)
 {
-    m_stage = Stage::idle;
+    stage = Stage::idle;
     if (isGoodRun(result)) {
-        m_clearing = AresInstaller::discardOldCopy();
+        runInBackground([](const CancellationToken&) { return AresInstaller::discardOldCopy(); });
         return;
     }
 

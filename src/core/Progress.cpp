@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/AppModel.h"
 
-#include "platform/ByteCount.h"
-#include "platform/MainThread.h"
-
-#include <QPointer>
+#include "core/ByteCount.h"
 
 #include <algorithm>
 
@@ -23,8 +20,7 @@ constexpr auto speedInterval = 500ms;
 
 void AppModel::beginProgress()
 {
-    m_fraction = std::nullopt;
-    m_detailLine = QString();
+    endProgress();
     m_lastTick = m_clock();
     m_lastBytes = 0;
     m_speedText.clear();
@@ -32,11 +28,8 @@ void AppModel::beginProgress()
 
 ProgressCallback AppModel::progressCallback()
 {
-    return [model = QPointer(this)](qint64 received, qint64 expected) {
-        MainThread::post([model, received, expected] {
-            if (model)
-                model->progress(received, expected);
-        });
+    return [model = weak_from_this()](qint64 received, qint64 expected) {
+        postTo(model, [received, expected](AppModel& present) { present.progress(received, expected); });
     };
 }
 
@@ -53,11 +46,11 @@ void AppModel::progress(qint64 received, qint64 expected)
     }
 
     if (expected < 1) {
-        m_fraction = std::nullopt;
-        m_detailLine = ByteCount::text(received) + m_speedText;
+        fraction = std::nullopt;
+        detailLine = ByteCount::text(received) + m_speedText;
     } else {
-        m_fraction = std::min(1.0, static_cast<double>(received) / static_cast<double>(expected));
-        m_detailLine =
+        fraction = std::min(1.0, static_cast<double>(received) / static_cast<double>(expected));
+        detailLine =
             ByteCount::text(received) + QStringLiteral(" of ") + ByteCount::text(expected) + m_speedText;
     }
 }

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "core/AppModel.h"
 
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "platform/Preferences.h"
+#include "storage/Paths.h"
 
 namespace cartloom
 {
 
 void AppModel::reset()
 {
-    if (!isAtRest())
+    if (!canStart())
         return;
     for (const auto& entry :
          {Paths::ares(), Paths::aresOld(), Paths::aresNew(), Paths::gameFile(), Paths::aresVersion()})
@@ -18,7 +18,7 @@ void AppModel::reset()
     Preferences::remove(PreferenceKeys::externalAres);
     clearMessages();
     refreshState();
-    m_notice = QStringLiteral("Everything was deleted. The next click downloads it again.");
+    notice = QStringLiteral("Everything was deleted. The next click downloads it again.");
 }
 
 } // namespace cartloom

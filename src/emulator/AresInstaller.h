@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "async/Cancellation.h"
 #include "emulator/AresRelease.h"
-#include "game/ProgressCallback.h"
-#include "platform/Cancellation.h"
+#include "network/ProgressCallback.h"
+#include "network/Timeouts.h"
 
 #include <QCoroTask>
-#include <QFuture>
 
 #include <filesystem>
 #include <optional>
@@ -18,14 +18,15 @@ namespace cartloom::AresInstaller
 
 /// The newest release and its macOS download. Throws AppError for what the service answers, PlatformError for
 /// what the network reports and for a cancellation. Main thread.
-[[nodiscard]] QCoro::Task<AresRelease> fetchLatest(CancellationToken token = {});
+[[nodiscard]] QCoro::Task<AresRelease> fetchLatest(CancellationToken token = {}, Timeouts timeouts = {});
 
-/// Downloads, checks and unpacks a release and swaps it into place; returns the installed ares.app. The copy
-/// before it is kept until discardOldCopy or rollback. Throws AppError, PlatformError and std::system_error;
-/// then the installed copy is as it was, and no work folder stays. Main thread; progress is called from
-/// another one.
+/// Downloads, checks and unpacks a release and swaps it into place; returns the installed ares.app. The
+/// previous copy is kept until discardOldCopy or rollback. A cancellation before the swap changes nothing; a
+/// swap that has begun is finished. Throws AppError, PlatformError, CancellationError and std::system_error;
+/// then the installed copy is as it was, and no work folder stays. Main thread; progress is called from a
+/// worker thread.
 [[nodiscard]] QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
-                                                         CancellationToken token);
+                                                         CancellationToken token, Timeouts timeouts = {});
 
 /// The first ares.app under a folder, in the order of the names, at most five levels down.
 [[nodiscard]] std::optional<std::filesystem::path> findApp(const std::filesystem::path& folder);
@@ -33,9 +34,9 @@ namespace cartloom::AresInstaller
 /// The tag of the installed release, if one is recorded.
 [[nodiscard]] std::optional<QString> installedVersion();
 
-/// Gives up the copy that was kept, and all that runs which were cut off have left, which is gone when the
-/// future ends. Never fails. Not while anything is downloaded. Main thread.
-QFuture<void> discardOldCopy();
+/// Deletes Ares-old at once, and then the leftovers of interrupted runs on a worker thread. Never throws. Not
+/// during a download. Main thread.
+QCoro::Task<void> discardOldCopy();
 
 /// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
 /// a rollback, this program was ended, or ares.app was taken out of its folder. Whether there was one to put

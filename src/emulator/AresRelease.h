@@ -3,7 +3,8 @@
 
 #include <QMetaType>
 #include <QString>
-#include <QUrl>
+
+#include <string>
 
 namespace cartloom
 {
@@ -18,7 +19,8 @@ public:
     /// As the release service gives it.
     QString tagName;
     QString assetName;
-    QUrl downloadURL;
+    /// Byte for byte as the release service gives it.
+    std::string downloadURL;
     /// In bytes, as the release service reports it.
     qint64 size = 0;
 

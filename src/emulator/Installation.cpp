@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/AresInstaller.h"
 
-#include "core/Paths.h"
+#include "async/RunOnWorker.h"
 #include "emulator/Unpacking.h"
-#include "game/AppError.h"
-#include "game/FileDownloader.h"
+#include "errors/AppError.h"
+#include "errors/PlatformError.h"
+#include "network/FileDownloader.h"
+#include "network/Origins.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
-#include "platform/WorkFolder.h"
-#include "platform/WorkThread.h"
-
-#include <QCoroFuture>
+#include "storage/Paths.h"
+#include "storage/Removal.h"
+#include "storage/WholeFiles.h"
+#include "storage/WorkFolder.h"
 
 #include <chrono>
 #include <system_error>
-
-using namespace std::chrono_literals;
 
 namespace cartloom::AresInstaller
 {
@@ -23,15 +23,14 @@ namespace cartloom::AresInstaller
 namespace
 {
 
-constexpr auto downloadTimeout = 60s;
-constexpr qint64 longestVersion = 64 * 1024;
+constexpr qint64 maxVersionBytes = 64 * 1024;
 
-QNetworkRequest requestFor(const AresRelease& release)
+HttpRequest requestFor(const AresRelease& release, std::chrono::milliseconds timeout)
 {
-    QNetworkRequest request(release.downloadURL);
-    request.setRawHeader("User-Agent", "QuilletPlayer");
-    request.setTransferTimeout(static_cast<int>(std::chrono::milliseconds(downloadTimeout).count()));
-    return request;
+    return {.url = release.downloadURL,
+            .headers = {"User-Agent: QuilletPlayer"},
+            .limits = limitsFor(timeout),
+            .schemes = Origins::schemesFor(Origins::releaseApi())};
 }
 
 void requireSize(const std::filesystem::path& archive, qint64 expected)
@@ -46,16 +45,18 @@ void requireSize(const std::filesystem::path& archive, qint64 expected)
             .arg(expected));
 }
 
-/// What does not come to a good end gives its room on the disk back.
-void unpack(const std::filesystem::path& archive)
+/// Deletes the unpacked files on failure, to free the disk space.
+void unpack(const std::filesystem::path& archive, const CancellationToken& token)
 {
     Paths::discard(Paths::aresNew());
     // Into a new folder only: a release must not be mixed with what is left of another one.
     Files::createNewFolder(Paths::aresNew());
     try {
-        unzip(archive, Paths::aresNew());
+        unzip(archive, Paths::aresNew(), token);
         if (!findApp(Paths::aresNew()))
             throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+        if (token.isCancelled())
+            throw CancellationError();
     } catch (const std::exception&) {
         Paths::discard(Paths::aresNew());
         throw;
@@ -87,7 +88,7 @@ void swapIntoPlace()
 void recordVersion(const QString& tagName)
 {
     try {
-        Files::writeAtomically(Paths::aresVersion(), tagName.toUtf8());
+        WholeFiles::write(Paths::aresVersion(), tagName.toUtf8());
     } catch (const std::system_error&) {
         // The emulator works without it; the next check for an update then offers one.
     }
@@ -96,21 +97,20 @@ void recordVersion(const QString& tagName)
 } // namespace
 
 QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
-                                           CancellationToken token)
+                                           CancellationToken token, Timeouts timeouts)
 {
-    co_await onWorkThread(Paths::removeLeftovers);
+    co_await runOnWorker(Paths::removeLeftovers);
     const WorkFolder workFolder(Paths::newWorkDir("download-ares"));
     FileDownloader downloader(workFolder.path() / "ares.zip", std::move(progress));
-    const auto request = requestFor(release);
+    const auto request = requestFor(release, timeouts.emulator);
     const auto archive = co_await downloader.download(request, token);
     requireSize(archive, release.size);
 
-    const auto takingOver = onWorkThread([archive, tagName = release.tagName] {
-        unpack(archive);
+    co_await runOnWorker([&] {
+        unpack(archive, token);
         swapIntoPlace();
-        recordVersion(tagName);
+        recordVersion(release.tagName);
     });
-    co_await takingOver;
     const auto app = findApp(Paths::ares());
     if (!app)
         throw AppError(QStringLiteral("Ares was unpacked but ares.app could not be found."));
@@ -122,7 +122,7 @@ std::optional<QString> installedVersion()
     if (!Files::exists(Paths::aresVersion()))
         return std::nullopt;
     try {
-        const auto text = decodeUtf8(Files::read(Paths::aresVersion(), longestVersion));
+        const auto text = decodeUtf8(Files::read(Paths::aresVersion(), maxVersionBytes));
         const QString tag = text.value_or(QString()).trimmed();
         return tag.isEmpty() ? std::nullopt : std::optional(tag);
     } catch (const std::system_error&) {
@@ -130,14 +130,15 @@ std::optional<QString> installedVersion()
     }
 }
 
-QFuture<void> discardOldCopy()
+QCoro::Task<void> discardOldCopy()
 {
-    Paths::discard(Paths::aresOld());
-    // No other moment is sure to come where everything is installed and nothing is downloaded any more. What
-    // they are is found out at once, so that the folder of a download that begins now is none of them.
-    return onWorkThread([leftovers = Paths::takeLeftovers()] {
+    Paths::setAside(Paths::aresOld());
+    // Everything is installed and nothing is downloaded now. The leftovers are listed before the first wait,
+    // so that the work folder of a download that starts meanwhile is not one of them.
+    const auto leftovers = Paths::takeLeftovers();
+    co_await runOnWorker([&leftovers] {
         for (const auto& leftover : leftovers)
-            Files::tryRemove(leftover);
+            Removal::tryRemove(leftover);
     });
 }
 
@@ -166,7 +167,7 @@ bool rollback()
     } catch (const std::system_error&) {
         return false;
     }
-    Files::tryRemove(failed);
+    Removal::tryRemove(failed);
     return true;
 }
 

@@ -2,8 +2,8 @@
 #include "emulator/Launcher.h"
 
 #include "emulator/Bundle.h"
-#include "emulator/ErrorStream.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
+#include "platform/ErrorStream.h"
 #include "platform/Text.h"
 
 #include <chrono>
@@ -19,6 +19,8 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr qsizetype maxErrorBytes = 8192;
 
 std::vector<std::string> argumentsFor(const std::filesystem::path& rom, bool fullscreen)
 {
@@ -41,7 +43,7 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
     // All that may fail comes before the start: an emulator that runs is one that is watched. The watcher may
     // outlive this object and even the event loop, so it holds all that it touches.
     Pipe pipe;
-    const auto errors = std::make_shared<ErrorStream>(std::move(pipe.reading));
+    const auto errors = std::make_shared<ErrorStream>(std::move(pipe.reading), maxErrorBytes);
     const auto start = Clock::now();
     std::promise<std::optional<ChildProcess>> started;
     std::thread([start, errors, process = started.get_future(), onExit = std::move(onExit)]() mutable {

@@ -2,21 +2,15 @@
 #include "emulator/AresInstaller.h"
 
 #include "emulator/ReleaseReply.h"
-#include "game/AppError.h"
-#include "game/Origins.h"
-#include "platform/HttpSession.h"
-
-#include <chrono>
-
-using namespace std::chrono_literals;
+#include "errors/AppError.h"
+#include "network/HttpSession.h"
+#include "network/Origins.h"
 
 namespace cartloom::AresInstaller
 {
 
 namespace
 {
-
-constexpr auto lookupTimeout = 30s;
 
 QUrl latestURL()
 {
@@ -25,21 +19,25 @@ QUrl latestURL()
     return latest;
 }
 
+HttpRequest requestFor(std::chrono::milliseconds timeout)
+{
+    return {.url = latestURL().toEncoded().toStdString(),
+            .headers = {"User-Agent: QuilletPlayer", "Accept: application/vnd.github+json"},
+            .limits = limitsFor(timeout),
+            .schemes = Origins::schemesFor(Origins::releaseApi())};
+}
+
 } // namespace
 
-QCoro::Task<AresRelease> fetchLatest(CancellationToken token)
+QCoro::Task<AresRelease> fetchLatest(CancellationToken token, Timeouts timeouts)
 {
-    QNetworkRequest request(latestURL());
-    request.setRawHeader("User-Agent", "QuilletPlayer");
-    request.setRawHeader("Accept", "application/vnd.github+json");
-    request.setTransferTimeout(static_cast<int>(std::chrono::milliseconds(lookupTimeout).count()));
-
     HttpSession session;
-    const HttpAnswer answer = co_await session.get(request, token);
-    if (!answer.isSuccess())
+    const HttpRequest request = requestFor(timeouts.releaseLookup);
+    const HttpResponse response = co_await session.fetch(request, token);
+    if (!response.isSuccess())
         throw AppError(QStringLiteral("GitHub answered with error %1 when asking for the latest Ares.")
-                           .arg(*answer.status));
-    co_return releaseIn(answer.body);
+                           .arg(*response.status));
+    co_return releaseIn(response.body);
 }
 
 } // namespace cartloom::AresInstaller

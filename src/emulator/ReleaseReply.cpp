@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/ReleaseReply.h"
 
-#include "game/AppError.h"
-#include "platform/HttpExchange.h"
+#include "errors/AppError.h"
+#include "network/Link.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -106,7 +106,7 @@ bool isMacOSDownload(const APIAsset& asset)
 AresRelease choose(const APIRelease& release)
 {
     const auto chosen = std::ranges::find_if(release.assets, isMacOSDownload);
-    const auto url = chosen != release.assets.end() ? parseUrl(chosen->browserDownloadURL) : std::nullopt;
+    const auto url = chosen != release.assets.end() ? parseLink(chosen->browserDownloadURL) : std::nullopt;
     if (!url) {
         QStringList names;
         for (const auto& asset : release.assets)

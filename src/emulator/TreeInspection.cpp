@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/TreeInspection.h"
 
-#include "game/AppError.h"
+#include "errors/AppError.h"
 #include "platform/Text.h"
 
-#include <cerrno>
 #include <list>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
-
-#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -22,7 +20,6 @@ namespace
 
 /// As many links as the system itself follows on the way to one file.
 constexpr int mostLinksFollowed = 40;
-constexpr mode_t permissionBits = 07777;
 
 class Inspection
 {
@@ -69,29 +66,43 @@ private:
 
     void look(const fs::path& name)
     {
-        struct stat status = {};
-        if (::lstat((m_top / name).c_str(), &status) != 0)
-            refuse(name, QString::fromStdString(std::generic_category().message(errno)));
-        if (S_ISLNK(status.st_mode)) {
+        std::error_code failure;
+        const auto status = fs::symlink_status(m_top / name, failure);
+        if (failure)
+            refuse(name, QString::fromStdString(failure.message()));
+        const auto wanted = status.permissions() & ~(fs::perms::set_uid | fs::perms::set_gid);
+        if (fs::is_symlink(status)) {
             m_links.push_back(name);
-        } else if (S_ISDIR(status.st_mode)) {
-            setPermissions(name, status.st_mode, (status.st_mode & ~specialBits) | S_IRWXU);
+        } else if (fs::is_directory(status)) {
+            setPermissions(name, status.permissions(), wanted | fs::perms::owner_all);
             walk(name);
-        } else if (S_ISREG(status.st_mode)) {
-            setPermissions(name, status.st_mode, status.st_mode & ~specialBits);
-            // No sum is made, for it could be more than any number holds.
-            if (status.st_size > m_left.bytes)
-                refuse(name, QStringLiteral("too many bytes"));
-            m_left.bytes -= status.st_size;
+        } else if (fs::is_regular_file(status)) {
+            setPermissions(name, status.permissions(), wanted);
+            countBytes(name);
         } else {
             refuse(name, QStringLiteral("neither a file nor a folder"));
         }
     }
 
-    void setPermissions(const fs::path& name, mode_t present, mode_t wanted) const
+    void countBytes(const fs::path& name)
     {
-        if (present != wanted && ::chmod((m_top / name).c_str(), wanted & permissionBits) != 0)
-            refuse(name, QString::fromStdString(std::generic_category().message(errno)));
+        std::error_code failure;
+        const auto size = fs::file_size(m_top / name, failure);
+        if (failure)
+            refuse(name, QString::fromStdString(failure.message()));
+        // Compared before the subtraction: the sum of the sizes may exceed 64 bits.
+        if (std::cmp_greater(size, m_left.bytes))
+            refuse(name, QStringLiteral("too many bytes"));
+        m_left.bytes -= static_cast<qint64>(size);
+    }
+
+    void setPermissions(const fs::path& name, fs::perms present, fs::perms wanted) const
+    {
+        std::error_code failure;
+        if (present != wanted)
+            fs::permissions(m_top / name, wanted, failure);
+        if (failure)
+            refuse(name, QString::fromStdString(failure.message()));
     }
 
     /// Goes the way that the system would go, and refuses it as soon as it is outside. A way that ends
@@ -140,8 +151,6 @@ private:
         }
         return steps;
     }
-
-    static constexpr mode_t specialBits = S_ISUID | S_ISGID;
 
     const fs::path m_top;
     /// What may still come.

@@ -2,11 +2,13 @@
 #include "emulator/Unpacking.h"
 
 #include "emulator/TreeInspection.h"
-#include "game/FriendlyError.h"
+#include "errors/FriendlyError.h"
+#include "errors/PlatformError.h"
 #include "platform/ArchiveTool.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
+#include "storage/Removal.h"
 
 #include <QByteArray>
 
@@ -18,19 +20,19 @@ namespace cartloom
 namespace
 {
 
-/// More of the tool's complaint than anyone reads; what comes after it is read and dropped.
-constexpr qsizetype longestComplaint = 64 * 1024;
+/// The rest of the tool's standard error is read and dropped.
+constexpr qsizetype maxErrorBytes = 64 * 1024;
 
 QByteArray readToEnd(const FileDescriptor& stream)
 {
     QByteArray bytes;
     char block[4096];
     while (const auto count = stream.readSome(block, sizeof block)) {
-        if (bytes.size() < longestComplaint)
+        if (bytes.size() < maxErrorBytes)
             bytes.append(block, static_cast<qsizetype>(count));
     }
     // Cut after a character of one byte, so that no longer one is cut in the middle.
-    const bool cut = bytes.size() >= longestComplaint;
+    const bool cut = bytes.size() >= maxErrorBytes;
     while (cut && !bytes.isEmpty() && static_cast<unsigned char>(bytes.back()) >= 0x80)
         bytes.chop(1);
     return bytes;
@@ -50,14 +52,20 @@ void requireDirectory(const std::filesystem::path& archive)
                        QStringLiteral("The archive has no end."));
 }
 
-void runTool(const ArchiveTool& tool)
+void runTool(const ArchiveTool& tool, const CancellationToken& token)
 {
-    Pipe complaint;
-    const auto process =
-        ChildProcess::start(tool.program, tool.arguments, complaint.writing, tool.environment);
-    complaint.writing.close();
-    const QString text = decodeUtf8(readToEnd(complaint.reading)).value_or(QString());
-    if (process.waitForExit() == 0)
+    Pipe errors;
+    const auto process = ChildProcess::start(tool.program, tool.arguments, errors.writing, tool.environment);
+    errors.writing.close();
+    QString text;
+    {
+        const CancellationCallback onCancel(token, [&process] { process.kill(); });
+        text = decodeUtf8(readToEnd(errors.reading)).value_or(QString());
+    }
+    const int status = process.waitForExit();
+    if (token.isCancelled())
+        throw CancellationError();
+    if (status == 0)
         return;
     if (text.contains(QLatin1String("no space"), Qt::CaseInsensitive))
         throw FriendlyError::diskFull(text);
@@ -66,12 +74,13 @@ void runTool(const ArchiveTool& tool)
 
 } // namespace
 
-void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder)
+void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder,
+           const CancellationToken& token)
 {
     requireDirectory(archive);
-    runTool(ArchiveTool::unpackZip(archive, folder));
+    runTool(ArchiveTool::unpackZip(archive, folder), token);
     TreeInspection::inspect(folder);
-    Files::tryRemove(archive);
+    Removal::tryRemove(archive);
 }
 
 } // namespace cartloom

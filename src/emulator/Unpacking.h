@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "async/Cancellation.h"
+
 #include <filesystem>
 
 namespace cartloom
 {
 
-/// Unpacks a zip archive into an empty folder, with the system's archive tool, inspects what has come of it,
-/// and removes the archive. Throws AppError when the tool reports a failure or the tree is not one to be
-/// used, and std::system_error when the tool cannot be started; what was unpacked then stays. Takes seconds:
-/// any thread but the main one.
-void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder);
+/// Unpacks a zip archive into an empty folder with the system's archive tool, inspects the result and deletes
+/// the archive. A fired token ends the tool. Throws AppError for a failure of the tool and for a tree that is
+/// not acceptable, CancellationError, and std::system_error if the tool cannot be started; then the folder
+/// keeps what was unpacked. Takes seconds: worker threads only.
+void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder,
+           const CancellationToken& token);
 
 } // namespace cartloom

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "game/RomCheck.h"
 
-#include "game/AppError.h"
+#include "errors/AppError.h"
 #include "platform/Files.h"
 
 #include <algorithm>

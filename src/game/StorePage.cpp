@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "game/GameDownloader.h"
 
-#include "core/Paths.h"
-#include "game/AppError.h"
-#include "game/Origins.h"
-#include "platform/HttpExchange.h"
+#include "errors/AppError.h"
+#include "network/Link.h"
+#include "network/Origins.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,7 +19,7 @@ namespace cartloom::GameDownloader
 namespace
 {
 
-constexpr qsizetype longestQuote = 500;
+constexpr qsizetype maxQuotedBytes = 500;
 
 /// What group 1 of a pattern's first match holds.
 std::optional<QString> firstCapture(const QRegularExpression& pattern, const QString& text)
@@ -73,13 +73,13 @@ std::optional<QString> parseUploadID(const QString& page)
     return ids.size() == 1 ? std::optional(ids.first()) : std::nullopt;
 }
 
-QUrl linkIn(const QByteArray& reply)
+std::string linkIn(const QByteArray& reply)
 {
     const QJsonValue link = QJsonDocument::fromJson(reply).object().value(QLatin1String("url"));
-    const auto address = link.isString() ? parseUrl(link.toString()) : std::nullopt;
+    const auto address = link.isString() ? parseLink(link.toString()) : std::nullopt;
     if (!address)
         throw AppError(QStringLiteral("Gamestall did not return a download link."),
-                       QString::fromUtf8(reply.left(longestQuote)));
+                       QString::fromUtf8(reply.left(maxQuotedBytes)));
     return *address;
 }
 

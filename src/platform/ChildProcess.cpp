@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/ChildProcess.h"
 
-#include "platform/ThreadLoops.h"
-
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 #include <fcntl.h>
@@ -58,8 +57,6 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& setting
     std::vector<std::string> variables = settings;
     for (char** variable = environ; *variable; ++variable) {
         const std::string inherited = *variable;
-        if (ThreadLoops::hasSet(inherited))
-            continue;
         const auto name = inherited.substr(0, inherited.find('=') + 1);
         if (std::ranges::none_of(settings, [&](const auto& setting) { return setting.starts_with(name); }))
             variables.push_back(inherited);
@@ -113,6 +110,11 @@ ChildProcess ChildProcess::start(const std::filesystem::path& program,
     if (error != 0)
         throw std::system_error(error, std::generic_category());
     return ChildProcess(id);
+}
+
+void ChildProcess::kill() const
+{
+    ::kill(m_id, SIGKILL);
 }
 
 int ChildProcess::waitForExit() const

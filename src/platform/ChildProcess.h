@@ -21,7 +21,7 @@ struct Pipe
     FileDescriptor writing;
 };
 
-/// A program of ours that runs beside this one. Nothing here ever ends it.
+/// A child process.
 class ChildProcess
 {
 public:
@@ -35,6 +35,10 @@ public:
                                             const std::vector<std::string>& settings = {});
 
     [[nodiscard]] pid_t id() const { return m_id; }
+
+    /// Ends the program. Only before waitForExit() is called: the system may give the id to another process
+    /// then.
+    void kill() const;
 
     /// Blocks until the program has ended and leaves no zombie. To be called once. The result is the exit
     /// status, or the number of the signal that ended it; -1 if the system does not tell.

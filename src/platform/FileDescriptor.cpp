@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/FileDescriptor.h"
 
-#include "platform/Files.h"
-
-#include <QUuid>
-
 #include <cerrno>
 
 #include <fcntl.h>
@@ -26,10 +22,25 @@ FileDescriptor FileDescriptor::openForReading(const std::filesystem::path& path)
     return FileDescriptor(descriptor);
 }
 
-void FileDescriptor::close() noexcept
+FileDescriptor FileDescriptor::createNew(const std::filesystem::path& path)
+{
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        throw lastSystemError();
+    return FileDescriptor(descriptor);
+}
+
+FileDescriptor::~FileDescriptor()
 {
     if (isOpen())
-        ::close(std::exchange(m_descriptor, -1));
+        ::close(m_descriptor);
+}
+
+void FileDescriptor::close()
+{
+    // EINTR leaves the descriptor closed on Linux and macOS.
+    if (isOpen() && ::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR)
+        throw lastSystemError();
 }
 
 std::size_t FileDescriptor::readSome(char* data, std::size_t length) const
@@ -54,22 +65,6 @@ void FileDescriptor::writeAll(const char* data, std::size_t length) const
             throw lastSystemError();
         }
     }
-}
-
-TemporaryFile::TemporaryFile(const std::filesystem::path& target)
-{
-    const auto unique = QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
-    const auto path = target.parent_path() / ("." + target.filename().native() + "-" + unique);
-    m_descriptor = FileDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!m_descriptor.isOpen())
-        throw lastSystemError();
-    m_path = path;
-}
-
-TemporaryFile::~TemporaryFile()
-{
-    if (!m_path.empty())
-        Files::tryRemove(m_path);
 }
 
 } // namespace cartloom

@@ -8,8 +8,7 @@
 namespace cartloom
 {
 
-/// Owns one descriptor and closes it. Moves, does not copy. Not closed across an exec. What fails throws
-/// std::system_error.
+/// Owns one descriptor. Moves, does not copy. Children do not inherit it. Operations throw std::system_error.
 class FileDescriptor
 {
 public:
@@ -27,47 +26,31 @@ public:
         std::swap(m_descriptor, other.m_descriptor);
         return *this;
     }
-    ~FileDescriptor() { close(); }
+    /// Closes the descriptor and ignores a failure; after writing, call close().
+    ~FileDescriptor();
 
     [[nodiscard]] static FileDescriptor openForReading(const std::filesystem::path& path);
 
+    /// Creates a file for writing. Fails with EEXIST if the name is taken.
+    [[nodiscard]] static FileDescriptor createNew(const std::filesystem::path& path);
+
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
     [[nodiscard]] int get() const { return m_descriptor; }
-    void close() noexcept;
 
-    /// Reads once, up to length bytes; 0 at the end.
+    /// Closes the descriptor if it is open. Some file systems report a failed write only here.
+    void close();
+
+    /// Reads once, up to length bytes. 0 at the end.
     [[nodiscard]] std::size_t readSome(char* data, std::size_t length) const;
 
-    /// Writes all of it, however many calls that takes.
+    /// Writes all bytes; repeats the call after a short write.
     void writeAll(const char* data, std::size_t length) const;
 
 private:
     int m_descriptor = -1;
 };
 
-/// A new, empty file of a unique name beside a target that it may later become. Removed unless it was moved
-/// away.
-class TemporaryFile
-{
-public:
-    /// Named after the target, hidden.
-    explicit TemporaryFile(const std::filesystem::path& target);
-    ~TemporaryFile();
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
-    [[nodiscard]] FileDescriptor& descriptor() { return m_descriptor; }
-
-    /// Leaves the file where it is from now on.
-    void release() noexcept { m_path.clear(); }
-
-private:
-    std::filesystem::path m_path;
-    FileDescriptor m_descriptor;
-};
-
-/// The failure that errno holds now.
+/// The error that errno holds.
 [[nodiscard]] std::system_error lastSystemError();
 
 } // namespace cartloom

@@ -3,16 +3,10 @@
 
 #include "platform/FileDescriptor.h"
 
-#include <QUuid>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <memory>
-#include <new>
 #include <system_error>
-#include <utility>
-#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,19 +18,6 @@ namespace cartloom::Files
 
 namespace
 {
-
-/// Whether the name itself is taken, even by a link that leads nowhere.
-bool isTaken(const fs::path& path)
-{
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0;
-}
-
-void requireFree(const fs::path& path)
-{
-    if (isTaken(path))
-        throw std::system_error(EEXIST, std::generic_category());
-}
 
 qint64 sizeOf(const FileDescriptor& file)
 {
@@ -58,42 +39,6 @@ QByteArray readFrom(const FileDescriptor& source, qint64 limit)
         bytes.append(block.data(), static_cast<qsizetype>(count));
     }
     return bytes;
-}
-
-/// Whether there is a folder at the path, and not a link to one.
-bool isRealFolder(const fs::path& path)
-{
-    std::error_code ignored;
-    return fs::is_directory(fs::symlink_status(path, ignored));
-}
-
-/// Makes all folders below one, it included, such that they can be removed: their owner may change them, and
-/// none lies so deep that its path is too long or that more folders than can be open lead to it. Links are
-/// not followed. Ignores what fails.
-void makeRemovable(const fs::path& top)
-{
-    // With any name after it, this much more than the top's own path is a path on every system; and folders
-    // of short names are then not too many.
-    constexpr std::size_t longest = 300;
-    std::vector<fs::path> ahead;
-    if (isRealFolder(top))
-        ahead.push_back(top);
-    while (!ahead.empty()) {
-        fs::path folder = std::move(ahead.back());
-        ahead.pop_back();
-        std::error_code failure;
-        fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, failure);
-        if (folder.native().size() > top.native().size() + longest) {
-            const auto higher = top / QUuid::createUuid().toString().toStdString();
-            if (::rename(folder.c_str(), higher.c_str()) == 0)
-                folder = higher;
-        }
-        failure.clear();
-        for (fs::directory_iterator it(folder, failure), end; !failure && it != end; it.increment(failure)) {
-            if (isRealFolder(it->path()))
-                ahead.push_back(it->path());
-        }
-    }
 }
 
 } // namespace
@@ -143,50 +88,16 @@ void createNewFolder(const fs::path& folder)
 
 void move(const fs::path& from, const fs::path& to)
 {
-    requireFree(to);
+    struct stat status = {};
+    if (::lstat(to.c_str(), &status) == 0)
+        throw std::system_error(EEXIST, std::generic_category());
+    moveOver(from, to);
+}
+
+void moveOver(const fs::path& from, const fs::path& to)
+{
     if (::rename(from.c_str(), to.c_str()) != 0)
         throw lastSystemError();
-}
-
-void copy(const fs::path& from, const fs::path& to)
-{
-    requireFree(to);
-    constexpr std::size_t blockSize = 256 * 1024;
-    const auto source = FileDescriptor::openForReading(from);
-    const qint64 expected = sizeOf(source);
-    TemporaryFile temporary(to);
-    const auto block = std::make_unique<char[]>(blockSize);
-    qint64 copied = 0;
-    while (const auto count = source.readSome(block.get(), blockSize)) {
-        temporary.descriptor().writeAll(block.get(), count);
-        copied += static_cast<qint64>(count);
-        if (copied > expected)
-            break;
-    }
-    if (copied != expected)
-        throw std::system_error(EBUSY, std::generic_category());
-    move(temporary.path(), to);
-    temporary.release();
-}
-
-void clear(const fs::path& path)
-{
-    fs::remove_all(path);
-}
-
-void tryRemove(const fs::path& path) noexcept
-{
-    std::error_code failure;
-    fs::remove_all(path, failure);
-    if (!failure)
-        return;
-    // What an archive has made may be folders out of which even their owner may take nothing.
-    try {
-        makeRemovable(path);
-    } catch (const std::bad_alloc&) {
-        return;
-    }
-    fs::remove_all(path, failure);
 }
 
 QByteArray read(const fs::path& path, qint64 limit)
@@ -201,15 +112,6 @@ QByteArray readEnd(const fs::path& path, qint64 limit)
     if (::lseek(source.get(), start, SEEK_SET) != start)
         throw lastSystemError();
     return readFrom(source, limit);
-}
-
-void writeAtomically(const fs::path& path, const QByteArray& bytes)
-{
-    TemporaryFile temporary(path);
-    temporary.descriptor().writeAll(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    if (::rename(temporary.path().c_str(), path.c_str()) != 0)
-        throw lastSystemError();
-    temporary.release();
 }
 
 } // namespace cartloom::Files

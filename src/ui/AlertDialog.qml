@@ -4,9 +4,8 @@ import QtQuick.Templates as T
 import Cartloom
 import "Excerpt.js" as Excerpt
 
-/// A question over the dimmed page, which takes the keyboard until it is answered. It does not close by
-/// itself: whoever shows it binds "visible" and hears of the answer, after the action, from "answered".
-T.Dialog {
+/// A question that stays until it is answered. "answered" follows the action of the answer and ends what asks.
+Sheet {
     id: alert
 
     required property string message
@@ -21,27 +20,9 @@ T.Dialog {
 
     Component.onCompleted: Array.from(actions).forEach(action => action.triggered.connect(answered))
 
-    parent: T.Overlay.overlay
-    anchors.centerIn: parent
     width: 340
-    height: implicitHeight
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
-    padding: 20
-    modal: true
-    focus: true
+    height: implicitContentHeight + topPadding + bottomPadding
     closePolicy: T.Popup.NoAutoClose
-
-    T.Overlay.modal: Rectangle {
-        objectName: "alertScrim"
-        color: Theme.scrim
-    }
-
-    background: SmoothRectangle {
-        radius: 14
-        fillColor: Theme.raised
-        strokeColor: Theme.raisedEdge
-        strokeWidth: 1
-    }
 
     contentItem: AlertContent {
         title: alert.title

@@ -6,9 +6,8 @@ import "Excerpt.js" as Excerpt
 /// Tells assistive technology what has changed: the stage while there is one, or else the message.
 Announcement {
     required property AppModel model
-    required property string stageTitle
 
-    text: stageTitle || Excerpt.of(model.errorMessage ?? model.notice ?? "")
+    text: model.stageTitle || Excerpt.of(model.errorMessage ?? model.notice ?? "")
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text

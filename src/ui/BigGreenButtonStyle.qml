@@ -6,12 +6,8 @@ import Cartloom
 ButtonBase {
     id: control
 
-    readonly property real cornerRadius: 14
-
-    topPadding: 16
-    bottomPadding: 16
-    leftPadding: 0
-    rightPadding: 0
+    cornerRadius: 14
+    verticalPadding: 16
     font: Theme.bigButton
 
     contentItem: Label {
@@ -26,10 +22,5 @@ ButtonBase {
         objectName: "bigButtonBackground"
         radius: control.cornerRadius
         fillColor: Theme.tinted(Theme.green, control.down ? 0.6 : 0.85)
-    }
-
-    FocusRing {
-        visible: control.visualFocus
-        innerRadius: control.cornerRadius
     }
 }

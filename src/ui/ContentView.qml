@@ -8,19 +8,9 @@ Rectangle {
 
     required property AppModel model
 
-    readonly property var stageTitles: ({
-            gettingAres: "Getting Ares",
-            gettingGame: "Getting the game",
-            starting: "Starting",
-            playing: "Playing..."
-        })
-    readonly property string stageTitle: stageTitles[model.stage] ?? ""
-    readonly property string restTitle: model.setupDone ? "Play" : "Set up and Play"
-    readonly property string buttonTitle: model.stage === "idle" ? restTitle : stageTitle
-
-    /// Whether the page waits for an answer to something that lies over it.
-    readonly property bool asking: model.offerExternal !== undefined || model.updateOffer !== undefined
-                                   || model.confirmReset || showAbout || model.openPanel.isOpen
+    /// True while something that the player opened lies over the page. What the model asks waits until it is closed.
+    readonly property bool covered: showAbout || model.confirmReset || model.openPanel.isOpen
+    readonly property bool asking: covered || model.offerExternal !== undefined || model.updateOffer !== undefined
     property bool showAbout: false
     /// Whether nothing has the keyboard: what lay over the page took it, and gives it back to nobody.
     readonly property bool leftAlone: !asking && Window.activeFocusItem === Window.contentItem
@@ -50,7 +40,6 @@ Rectangle {
     Announcer {
         objectName: "announcer"
         model: page.model
-        stageTitle: page.stageTitle
     }
 
     PageScroll {
@@ -97,16 +86,13 @@ Rectangle {
                 objectName: "mainButtonArea"
                 width: column.lineWidth
                 model: page.model
-                title: page.buttonTitle
             }
 
-            LazyLoader {
+            StatusArea {
                 objectName: "statusArea"
                 width: column.lineWidth
-                visible: wanted
-                component: "StatusArea"
-                wanted: page.model.canCancel || page.model.stage === "starting"
-                properties: ({ page: page })
+                visible: page.model.showsProgress
+                model: page.model
             }
 
             Messages {
@@ -119,7 +105,7 @@ Rectangle {
                 objectName: "openROM"
                 anchors.horizontalCenter: parent.horizontalCenter
                 text: "Open a ROM file (.z64 / .v64)..."
-                enabled: page.model.stage === "idle"
+                enabled: page.model.atRest
                 onClicked: page.model.openROM()
             }
 
@@ -140,42 +126,53 @@ Rectangle {
     FileDrop {
         objectName: "fileDrop"
         anchors.fill: parent
-        enabled: page.model.stage === "idle" && !page.asking
+        enabled: page.model.atRest && !page.asking
         model: page.model
     }
 
-    OverlayLoader {
+    // Overlays exist only while they are open: they would be a fifth of the start, and Qt 6.4 may draw a shape that a
+    // window takes in twice from a freed path. Qt 6.5 can tell qmllint that "page" is bound.
+    // qmllint disable unqualified
+    Loader {
         objectName: "externalOfferAlert"
-        component: "ExternalOfferAlert"
-        wanted: page.model.offerExternal !== undefined
-        properties: ({ model: page.model })
+        active: page.model.offerExternal !== undefined && !page.covered
+        sourceComponent: ExternalOfferAlert {
+            model: page.model
+        }
     }
 
-    OverlayLoader {
+    Loader {
         objectName: "updateAlert"
-        component: "UpdateAlert"
-        wanted: page.model.updateOffer !== undefined
-        properties: ({ model: page.model })
+        active: page.model.updateOffer !== undefined && page.model.offerExternal === undefined && !page.covered
+        sourceComponent: UpdateAlert {
+            model: page.model
+        }
     }
 
-    OverlayLoader {
+    Loader {
         objectName: "resetAlert"
-        component: "ResetAlert"
-        wanted: page.model.confirmReset
-        properties: ({ model: page.model })
+        active: page.model.confirmReset
+        sourceComponent: ResetAlert {
+            model: page.model
+        }
     }
 
-    OverlayLoader {
+    Loader {
         objectName: "aboutView"
-        component: "AboutView"
-        wanted: page.showAbout
-        properties: ({ page: page, storePage: page.model.storePage, emulatorSite: page.model.emulatorSite })
+        active: page.showAbout
+        sourceComponent: AboutView {
+            storePage: page.model.storePage
+            emulatorSite: page.model.emulatorSite
+            onClosed: page.showAbout = false
+        }
     }
 
-    LazyLoader {
+    Loader {
         objectName: "filePanel"
-        component: "FilePanel"
-        wanted: page.model.openPanel.isOpen
-        properties: ({ panel: page.model.openPanel })
+        active: page.model.openPanel.isOpen
+        sourceComponent: FilePanel {
+            panel: page.model.openPanel
+        }
     }
+    // qmllint enable unqualified
 }

@@ -20,6 +20,7 @@ Column {
         font: Theme.body
         onClicked: group.expanded = !group.expanded
 
+        // Not the toolkit's "checkable", which would make it a check box.
         Accessible.checkable: true
         Accessible.checked: group.expanded
 
@@ -33,7 +34,7 @@ Column {
                 height: 10
                 scale: Theme.textScale
                 rotation: group.expanded ? 90 : 0
-                opacity: toggle.down ? 0.5 : 0.8
+                opacity: toggle.down ? 0.5 : toggle.hovered ? 1 : 0.8
 
                 ShapePath {
                     fillColor: "transparent"
@@ -59,11 +60,6 @@ Column {
                 font: toggle.font
                 Accessible.ignored: true
             }
-        }
-
-        FocusRing {
-            visible: toggle.visualFocus
-            innerRadius: 3
         }
     }
 

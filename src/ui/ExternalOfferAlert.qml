@@ -13,7 +13,6 @@ AlertDialog {
 
     title: "Ares is already on this Mac"
     message: "Found " + app + ". Use it instead of downloading about 80 MB?"
-    visible: model.offerExternal !== undefined
     onAboutToShow: app = model.offerExternal
     onAnswered: model.clearOfferExternal()
 

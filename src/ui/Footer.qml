@@ -9,7 +9,6 @@ Column {
 
     required property AppModel model
 
-    readonly property bool atRest: model.stage === "idle"
     readonly property string installedLine: model.aresVersion === undefined ? "" : "Ares " + model.aresVersion
     readonly property string externalLine: model.usingExternalAres ? "Using the Ares already on this Mac" : ""
 
@@ -22,7 +21,7 @@ Column {
         anchors.horizontalCenter: parent.horizontalCenter
         text: "Fullscreen"
         checked: footer.model.fullscreen
-        onClicked: footer.model.fullscreen = !checked
+        onClicked: footer.model.fullscreen = checked
     }
 
     Flow {
@@ -45,14 +44,14 @@ Column {
             id: checkForUpdate
             objectName: "checkForUpdate"
             text: "Check for a newer Ares"
-            enabled: footer.atRest
+            enabled: footer.model.atRest
             onClicked: footer.model.checkForUpdate()
         }
         LinkButton {
             id: reset
             objectName: "reset"
             text: "Reset"
-            enabled: footer.atRest
+            enabled: footer.model.atRest
             onClicked: footer.model.confirmReset = true
         }
         LinkButton {

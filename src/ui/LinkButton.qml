@@ -6,19 +6,18 @@ import Cartloom
 ButtonBase {
     id: control
 
+    cornerRadius: 2
     font: Theme.caption
     opacity: enabled ? 1 : 0.4
-    cursorShape: Qt.PointingHandCursor
 
     contentItem: Label {
         text: control.text
         font: control.font
-        color: control.down ? Theme.linkPressed : Theme.link
+        color: control.down ? Theme.linkPressed : control.hovered ? Theme.linkHovered : Theme.link
         Accessible.ignored: true
     }
 
-    FocusRing {
-        visible: control.visualFocus
-        innerRadius: 2
+    HoverHandler {
+        cursorShape: Qt.PointingHandCursor
     }
 }

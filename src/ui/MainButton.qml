@@ -7,24 +7,23 @@ Column {
     id: area
 
     required property AppModel model
-    required property string title
 
-    readonly property bool atRest: model.stage === "idle"
+    readonly property string restTitle: model.setupDone ? "Play" : "Set up and Play"
 
     spacing: 6
 
     BigGreenButtonStyle {
         objectName: "mainButton"
         width: parent.width
-        text: area.title
-        enabled: area.atRest
+        text: area.model.atRest ? area.restTitle : area.model.stageTitle
+        enabled: area.model.atRest
         onClicked: area.model.play()
     }
 
     Label {
         objectName: "hint"
         width: parent.width
-        visible: !area.model.setupDone && area.atRest
+        visible: !area.model.setupDone && area.model.atRest
         text: "Downloads the Ares emulator (about 80 MB) and the game (about 16 MB). Once only."
         font: Theme.caption
         color: Theme.faded(0.6)

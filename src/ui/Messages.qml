@@ -14,13 +14,11 @@ Column {
 
     visible: failed || noticed
 
-    LazyLoader {
+    ErrorBox {
         objectName: "errorBox"
         width: parent.width
         visible: area.failed
-        component: "ErrorBox"
-        wanted: area.failed
-        properties: ({ model: area.model })
+        model: area.model
     }
 
     Label {

@@ -9,12 +9,9 @@ ButtonBase {
     property color fillColor: down ? Theme.controlPressed : Theme.control
     property color titleColor: Theme.text
 
-    readonly property real cornerRadius: 6
-
-    leftPadding: 12
-    rightPadding: 12
-    topPadding: 3
-    bottomPadding: 3
+    cornerRadius: 6
+    horizontalPadding: 12
+    verticalPadding: 3
     font: Theme.body
     opacity: enabled ? 1 : 0.4
 
@@ -29,10 +26,12 @@ ButtonBase {
     background: Rectangle {
         radius: control.cornerRadius
         color: control.fillColor
-    }
 
-    FocusRing {
-        visible: control.visualFocus
-        innerRadius: control.cornerRadius
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: Theme.hoverTint
+            visible: control.hovered && !control.down
+        }
     }
 }

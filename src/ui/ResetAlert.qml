@@ -10,7 +10,6 @@ AlertDialog {
 
     title: "Reset everything?"
     message: "This deletes the downloaded Ares emulator and the game. The next click downloads them again."
-    visible: model.confirmReset
     onAnswered: model.confirmReset = false
 
     AlertAction {

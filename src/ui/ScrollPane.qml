@@ -1,75 +1,60 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
+import QtQuick.Templates as T
+import Cartloom
 
-/// Scrolls what is in it vertically, when there is too little room for it. Where its edge is not the
-/// window's, there must be no shapes in it: the software scene graph draws one that is scrolled out of sight
-/// as a whole all the same.
-FocusScope {
+/// Scrolls its content vertically, with a bar over the edge. Set contentHeight. Keep shapes out of a pane whose
+/// edge is not the window's: the software scene graph draws a shape whole even if it is scrolled out of sight.
+T.ScrollView {
     id: pane
 
-    /// What moves the content.
-    readonly property alias view: flickable
-    readonly property real availableWidth: width
-    property alias contentHeight: flickable.contentHeight
-    default property alias content: flickable.flickableData
-    /// Whether what is in it has got the keyboard by being pointed at.
-    property bool pointedAt: false
-    /// How far the scroll bar stands outside of the pane.
+    readonly property Flickable view: contentItem as Flickable
+    /// The distance of the scroll bar from the pane's right edge, outwards.
     property real scrollBarOutset: 0
 
-    function scrollBy(distance: real) {
-        view.contentY = Math.max(0, Math.min(view.contentY + distance, contentHeight - view.height));
+    /// Scrolls by a part of the view's height.
+    function scrollBy(pages: real) {
+        const end = Math.max(contentHeight - height, 0);
+        view.contentY = Math.max(0, Math.min(view.contentY + pages * height, end));
     }
 
-    /// Scrolls as a key asks for it; says whether it is such a key.
-    function scrollByKey(key: int): bool {
-        const distances = {
-            [Qt.Key_Up]: -contentHeight / 10,
-            [Qt.Key_Down]: contentHeight / 10,
-            [Qt.Key_PageUp]: -view.height * 0.9,
-            [Qt.Key_PageDown]: view.height * 0.9,
-            [Qt.Key_Home]: -contentHeight,
-            [Qt.Key_End]: contentHeight
-        };
-        if (distances[key] !== undefined)
-            scrollBy(distances[key]);
-        return distances[key] !== undefined;
+    contentWidth: availableWidth
+    // A pane that fits leaves the wheel to the one around it.
+    wheelEnabled: scrollBar.size < 1
+    // A finger does not drag what fits.
+    Component.onCompleted: view.flickableDirection = Flickable.AutoFlickIfNeeded
+
+    // The toolkit scrolls by the arrow keys only.
+    Keys.onPressed: event => {
+        const pages = {
+            [Qt.Key_PageUp]: -0.9,
+            [Qt.Key_PageDown]: 0.9,
+            [Qt.Key_Home]: -Infinity,
+            [Qt.Key_End]: Infinity
+        }[event.key];
+        event.accepted = pages !== undefined;
+        if (event.accepted)
+            scrollBy(pages);
     }
 
-    Keys.onPressed: event => event.accepted = scrollByKey(event.key)
-
-    Flickable {
-        id: flickable
-        anchors.fill: parent
-        contentWidth: width
-        clip: true
-        // Only a finger drags what it scrolls. The mouse has its wheel and the bar.
-        interactive: scrollBar.useful && !mouse.active
-
-        PointHandler {
-            id: mouse
-            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
-        }
-    }
-
-    LazyLoader {
+    T.ScrollBar.vertical: T.ScrollBar {
         id: scrollBar
-
-        readonly property bool useful: flickable.height > 0 && flickable.visibleArea.heightRatio < 1
-
         objectName: "scrollBar"
+        parent: pane
         x: pane.width - width + pane.scrollBarOutset
         height: pane.height
-        visible: useful
-        component: "ThinScrollBar"
-        wanted: false
-        properties: ({ view: flickable })
-    }
+        implicitWidth: implicitContentWidth + leftPadding + rightPadding
+        implicitHeight: implicitContentHeight + topPadding + bottomPadding
+        padding: 2
+        minimumSize: 0.1
+        visible: size < 1
 
-    // Not while all is still finding its place: a page that is being made is too tall for a moment.
-    Timer {
-        interval: 0
-        running: scrollBar.useful
-        onTriggered: scrollBar.wanted = true
+        contentItem: Rectangle {
+            implicitWidth: 6
+            implicitHeight: 6
+            // Less than half the width: a scale factor may give that an odd number of dots.
+            radius: 2.5
+            color: scrollBar.pressed ? Theme.text : Theme.scrollHandle
+        }
     }
 }

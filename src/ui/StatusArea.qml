@@ -6,10 +6,7 @@ import Cartloom
 Column {
     id: area
 
-    required property ContentView page
-
-    readonly property AppModel model: page.model
-    readonly property string title: page.stageTitle
+    required property AppModel model
 
     spacing: 6
 
@@ -18,7 +15,7 @@ Column {
         width: parent.width
         indeterminate: area.model.fraction === undefined
         value: area.model.fraction ?? 0
-        Accessible.name: area.title
+        Accessible.name: area.model.stageTitle
     }
 
     Item {
@@ -30,7 +27,7 @@ Column {
             id: stageLabel
             objectName: "stageTitle"
             anchors.verticalCenter: parent.verticalCenter
-            text: area.title
+            text: area.model.stageTitle
             font: Theme.captionBold
         }
 

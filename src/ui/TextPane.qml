@@ -11,19 +11,12 @@ ScrollPane {
     /// What the text element is called.
     required property string textName
 
-    /// Brings the text cursor into view.
-    function follow(cursor: rect) {
-        view.contentY = ScrollPosition.showing(cursor, 0, view.contentY, view.height, contentHeight);
-    }
-
-    pointedAt: textArea.focusReason === Qt.MouseFocusReason
     implicitHeight: textArea.implicitHeight
     contentHeight: textArea.implicitHeight
 
     T.TextArea {
         id: textArea
         objectName: pane.textName
-        width: pane.availableWidth
         rightPadding: 12
         implicitHeight: contentHeight
         text: pane.text
@@ -36,11 +29,9 @@ ScrollPane {
         selectionColor: Theme.accent
         selectedTextColor: Theme.text
         font: Theme.monospaced
-        // What cannot be seen has no keyboard.
+        // A hidden item keeps the focus in Qt 6.4.
         onVisibleChanged: visible || !activeFocus || (focus = false)
-        onCursorRectangleChanged: activeFocus && pane.follow(cursorRectangle)
 
-        Accessible.role: Accessible.EditableText
         Accessible.readOnly: true
         Accessible.selectableText: true
         Accessible.name: text

@@ -33,6 +33,7 @@ QtObject {
     readonly property color accent: "#0a6cff"
     readonly property color accentPressed: Qt.darker(accent, 1.3)
     readonly property color link: "#4da3ff"
+    readonly property color linkHovered: Qt.lighter(link, 1.25)
     readonly property color linkPressed: Qt.darker(link, 1.4)
     readonly property color divider: faded(0.15)
     readonly property color focusRing: "#4da3ff"
@@ -42,6 +43,8 @@ QtObject {
     readonly property color scrim: Qt.rgba(0, 0, 0, 0.55)
     readonly property color control: faded(0.15)
     readonly property color controlPressed: faded(0.28)
+    /// Lies over what the pointer is on.
+    readonly property color hoverTint: faded(0.08)
     readonly property color track: faded(0.16)
     readonly property color scrollHandle: faded(0.4)
 

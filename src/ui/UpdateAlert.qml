@@ -17,7 +17,6 @@ AlertDialog {
     title: "A newer Ares is available"
     message: "Version " + (release?.tagName ?? "")
              + " can be downloaded. Your current copy is kept until the new one works."
-    visible: model.updateOffer !== undefined
     onAboutToShow: presented(model.updateOffer)
     onPresented: offered => release = offered
     onAnswered: model.clearUpdateOffer()

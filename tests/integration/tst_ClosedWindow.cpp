@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -28,7 +28,7 @@ class EmulatorExitTest : public FlowTest
 
     void judge(const LaunchResult& result, bool justUpdated = false)
     {
-        ModelProbe::setStage(*m_model, Stage::playing);
+        m_model->stage = Stage::playing;
         m_recorder->clear();
         m_model->didExit(result, justUpdated);
         QCOMPARE(m_model->stage(), Stage::idle);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -72,7 +72,7 @@ private Q_SLOTS:
     void noPanelIsShownWhileSomethingRuns()
     {
         QFETCH(const Stage, stage);
-        ModelProbe::setStage(*m_model, stage);
+        m_model->stage = stage;
         m_model->openROM();
         QVERIFY(!m_model->openPanel()->isOpen());
         m_model->chooseExistingGameFile();
@@ -110,8 +110,8 @@ private Q_SLOTS:
     void aByteSwappedGameFileIsRefusedAndTheMessagesOfBeforeStay()
     {
         writeSparse(rom(), byteSwapped, 10'000'000);
-        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
-        ModelProbe::setGameDownloadFailed(*m_model, true);
+        m_model->notice = QStringLiteral("of before");
+        m_model->gameDownloadFailed = true;
         m_model->chooseExistingGameFile();
         choose(rom());
         QCOMPARE(message(),
@@ -162,9 +162,9 @@ private Q_SLOTS:
     {
         writeSparse(rom(), bigEndianHeader, 10'000'000);
         for (const auto open : {&AppModel::chooseExistingGameFile, &AppModel::openROM}) {
-            ModelProbe::setStage(*m_model, Stage::idle);
+            m_model->stage = Stage::idle;
             (m_model.get()->*open)();
-            ModelProbe::setStage(*m_model, Stage::gettingGame);
+            m_model->stage = Stage::gettingGame;
             m_recorder->clear();
             choose(rom());
             QCOMPARE(m_recorder->changes(), QStringList());
@@ -218,7 +218,7 @@ private Q_SLOTS:
     void aFileThatIsNoRomIsRefusedAndTheMessagesOfBeforeGo()
     {
         writeSparse(rom(), "text", 1'000'000);
-        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        m_model->notice = QStringLiteral("of before");
         m_model->openROM();
         choose(rom());
         QCOMPARE(message(),
@@ -271,7 +271,7 @@ private Q_SLOTS:
 
     void aDropWhileSomethingRunsIsIgnored()
     {
-        ModelProbe::setStage(*m_model, Stage::gettingGame);
+        m_model->stage = Stage::gettingGame;
         drop({QUrl::fromLocalFile(QStringLiteral("/tmp"))});
         QCOMPARE(m_recorder->changes(), QStringList());
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -196,8 +196,8 @@ private Q_SLOTS:
     void aPressWhileSomethingRunsDoesNothing()
     {
         QFETCH(const Stage, stage);
-        ModelProbe::setStage(*m_model, stage);
-        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        m_model->stage = stage;
+        m_model->notice = QStringLiteral("of before");
         m_recorder->clear();
         m_model->play();
         QCoreApplication::processEvents();

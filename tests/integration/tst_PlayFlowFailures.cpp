@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -203,7 +203,7 @@ private Q_SLOTS:
             ModelProbe::launchAres(*m_model, fs::path("/ares.app"), std::nullopt);
             QFAIL("a start without a ROM went through");
         } catch (const AppError& error) {
-            ModelProbe::failFlow(*m_model, error, QLatin1String("Starting Ares"));
+            ModelProbe::failFlow(*m_model, error, Step::startingAres);
         }
         QCOMPARE(message(), QStringLiteral("Ares or the game could not be found."));
         QCOMPARE(m_model->errorDetails(), QString());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -68,7 +68,7 @@ private Q_SLOTS:
     {
         QFETCH(const Stage, stage);
         saveGame();
-        ModelProbe::setStage(*m_model, stage);
+        m_model->stage = stage;
         m_recorder->clear();
         m_model->reset();
         QCOMPARE(m_recorder->changes(), QStringList());
@@ -144,12 +144,12 @@ private Q_SLOTS:
     {
         m_model->setFullscreen(true);
         writeFile(Paths::support() / "download-game-1/part", "part");
-        ModelProbe::setOfferExternal(*m_model, "/opt/ares.app");
-        ModelProbe::setUpdateOffer(*m_model, AresRelease{QStringLiteral("v148"), {}, {}, 0});
+        m_model->offerExternal = "/opt/ares.app";
+        m_model->updateOffer = AresRelease{QStringLiteral("v148"), {}, {}, 0};
         ModelProbe::setPendingROM(*m_model, "/own.z64");
         m_model->reset();
         QCOMPARE(m_model->fullscreen(), true);
-        QCOMPARE(AppModel().fullscreen(), true);
+        QCOMPARE(AppModel::create()->fullscreen(), true);
         QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("download-game-1")});
         QCOMPARE(m_model->offerExternal(), fs::path("/opt/ares.app"));
         QVERIFY(m_model->updateOffer().has_value());

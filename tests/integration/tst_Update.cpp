@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
@@ -75,7 +75,7 @@ private Q_SLOTS:
     {
         Preferences::setText(PreferenceKeys::externalAres, toText(makeAresApp(m_sandbox->scratch() / "own")));
         restart();
-        ModelProbe::setErrorMessage(*m_model, QStringLiteral("of before"));
+        m_model->errorMessage = QStringLiteral("of before");
         m_recorder->clear();
         m_model->checkForUpdate();
         QCoreApplication::processEvents();
@@ -87,9 +87,9 @@ private Q_SLOTS:
 
     void aCheckRemovesTheMessagesOfBefore()
     {
-        ModelProbe::setErrorMessage(*m_model, QStringLiteral("of before"));
-        ModelProbe::setErrorDetails(*m_model, QStringLiteral("of before"));
-        ModelProbe::setNotice(*m_model, QStringLiteral("of before"));
+        m_model->errorMessage = QStringLiteral("of before");
+        m_model->errorDetails = QStringLiteral("of before");
+        m_model->notice = QStringLiteral("of before");
         static_cast<void>(offer());
         QCOMPARE(m_model->errorMessage(), std::nullopt);
         QCOMPARE(m_model->errorDetails(), QString());
@@ -134,7 +134,7 @@ private Q_SLOTS:
     void neitherDoesAnythingWhileSomethingRuns()
     {
         QFETCH(const Stage, stage);
-        ModelProbe::setStage(*m_model, stage);
+        m_model->stage = stage;
         m_recorder->clear();
         m_model->checkForUpdate();
         m_model->installUpdate(AresRelease{QStringLiteral("v148"), {}, {}, 0});

@@ -34,7 +34,7 @@ TestCase {
         return findChild(page, name)?.visible ?? false;
     }
 
-    /// An alert or the sheet, by name, if it was ever asked for.
+    /// An alert or the sheet, by name; null while it is closed.
     function popup(name) {
         return item(name).item;
     }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "PageProbe.h"
 
-#include "core/Paths.h"
 #include "core/PreferenceKeys.h"
 #include "platform/Files.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/ModelProbe.h"
 #include "support/TestOrigins.h"
 
@@ -47,7 +47,8 @@ std::optional<AresRelease> releaseOf(const QVariant& tag)
 {
     if (!tag.isValid())
         return std::nullopt;
-    return AresRelease{tag.toString(), QStringLiteral("ares-macos-universal.zip"), nowhere, 80'000'000};
+    return AresRelease{tag.toString(), QStringLiteral("ares-macos-universal.zip"),
+                       nowhere.toEncoded().toStdString(), 80'000'000};
 }
 
 AppModel::Stage stageOf(const QVariant& value)
@@ -64,32 +65,28 @@ using Setter = std::function<void(AppModel&, const QVariant&)>;
 
 const QHash<QString, Setter>& setters()
 {
-    using P = ModelProbe;
     static const QHash<QString, Setter> all = {
-        {QStringLiteral("stage"), [](auto& model, const auto& v) { P::setStage(model, stageOf(v)); }},
+        {QStringLiteral("stage"), [](auto& model, const auto& v) { model.stage = stageOf(v); }},
         {QStringLiteral("fraction"),
-         [](auto& model, const auto& v) { P::setFraction(model, optionalOf<double>(v)); }},
-        {QStringLiteral("detailLine"),
-         [](auto& model, const auto& v) { P::setDetailLine(model, v.toString()); }},
+         [](auto& model, const auto& v) { model.fraction = optionalOf<double>(v); }},
+        {QStringLiteral("detailLine"), [](auto& model, const auto& v) { model.detailLine = v.toString(); }},
         {QStringLiteral("errorMessage"),
-         [](auto& model, const auto& v) { P::setErrorMessage(model, optionalOf<QString>(v)); }},
+         [](auto& model, const auto& v) { model.errorMessage = optionalOf<QString>(v); }},
         {QStringLiteral("errorDetails"),
-         [](auto& model, const auto& v) { P::setErrorDetails(model, v.toString()); }},
+         [](auto& model, const auto& v) { model.errorDetails = v.toString(); }},
         {QStringLiteral("gameDownloadFailed"),
-         [](auto& model, const auto& v) { P::setGameDownloadFailed(model, v.toBool()); }},
-        {QStringLiteral("notice"),
-         [](auto& model, const auto& v) { P::setNotice(model, optionalOf<QString>(v)); }},
+         [](auto& model, const auto& v) { model.gameDownloadFailed = v.toBool(); }},
+        {QStringLiteral("notice"), [](auto& model, const auto& v) { model.notice = optionalOf<QString>(v); }},
         {QStringLiteral("offerExternal"),
-         [](auto& model, const auto& v) { P::setOfferExternal(model, pathOf(v)); }},
-        {QStringLiteral("setupDone"), [](auto& model, const auto& v) { P::setSetupDone(model, v.toBool()); }},
-        {QStringLiteral("updateOffer"),
-         [](auto& model, const auto& v) { P::setUpdateOffer(model, releaseOf(v)); }},
+         [](auto& model, const auto& v) { model.offerExternal = pathOf(v); }},
+        {QStringLiteral("setupDone"), [](auto& model, const auto& v) { model.setupDone = v.toBool(); }},
+        {QStringLiteral("updateOffer"), [](auto& model, const auto& v) { model.updateOffer = releaseOf(v); }},
         {QStringLiteral("aresVersion"),
-         [](auto& model, const auto& v) { P::setAresVersion(model, optionalOf<QString>(v)); }},
+         [](auto& model, const auto& v) { model.aresVersion = optionalOf<QString>(v); }},
         {QStringLiteral("usingExternalAres"),
-         [](auto& model, const auto& v) { P::setUsingExternalAres(model, v.toBool()); }},
+         [](auto& model, const auto& v) { model.usingExternalAres = v.toBool(); }},
         {QStringLiteral("pendingROM"),
-         [](auto& model, const auto& v) { P::setPendingROM(model, pathOf(v)); }},
+         [](auto& model, const auto& v) { ModelProbe::setPendingROM(model, pathOf(v)); }},
     };
     return all;
 }
@@ -118,7 +115,7 @@ void PageProbe::renew()
     TestOrigins::setReleaseApi(nowhere);
     TestOrigins::setStore(nowhere);
     m_opened.clear();
-    m_model.emplace();
+    m_model = AppModel::create();
     QQmlEngine::setObjectOwnership(model(), QQmlEngine::CppOwnership);
     Q_EMIT modelChanged();
     Q_EMIT openedChanged();

@@ -27,7 +27,7 @@ public:
     PageProbe();
     ~PageProbe() override;
 
-    [[nodiscard]] AppModel* model() { return &*m_model; }
+    [[nodiscard]] AppModel* model() { return m_model.get(); }
 
     /// Begins anew: an empty home, a model that has just been made, and addresses that lead nowhere.
     Q_INVOKABLE void renew();
@@ -80,7 +80,7 @@ private Q_SLOTS:
 
 private:
     std::optional<Sandbox> m_sandbox;
-    std::optional<AppModel> m_model;
+    std::shared_ptr<AppModel> m_model;
     QTcpServer m_silence;
     QList<QUrl> m_opened;
     QMimeData m_dragged;

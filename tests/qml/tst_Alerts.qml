@@ -63,7 +63,7 @@ PageCase {
         compare(model.updateOffer, undefined);
         verify(probe.hasTask());
         tryVerify(() => model.errorMessage !== undefined);
-        tryCompare(model, "stage", "idle");
+        tryCompare(model, "atRest", true);
     }
 
     function test_notNowOnlyCloses_data() {

@@ -37,6 +37,16 @@ PageCase {
         compare(presses.count, 1);
     }
 
+    function test_aButtonUnderThePointerIsLighter() {
+        const colour = () => String(grabImage(button).pixel(4, 10));
+        mouseMove(button, 50, -100);
+        const before = colour();
+        mouseMove(button, 50, 10);
+        tryVerify(() => colour() !== before);
+        mouseMove(button, 50, -100);
+        tryVerify(() => colour() === before);
+    }
+
     function test_onlyTheLeftMouseButtonPresses_data() {
         return [{ tag: "right", which: Qt.RightButton }, { tag: "middle", which: Qt.MiddleButton }];
     }
@@ -146,7 +156,7 @@ PageCase {
     }
 
     function test_whatIsPointedAtHasTheKeyboardWithoutARing() {
-        item("reset").focusOnClick = true;
+        item("reset").focusPolicy = Qt.StrongFocus;
         mouseClick(item("reset"));
         tryVerify(() => popup("resetAlert")?.opened);
         mouseClick(alertButton("Cancel", "resetAlert"));
@@ -163,7 +173,7 @@ PageCase {
     }
 
     function test_theRingIsTheSameWhenTheWindowComesBack(row) {
-        button.focusOnClick = true;
+        button.focusPolicy = Qt.StrongFocus;
         if (row.ring)
             button.forceActiveFocus(Qt.TabFocusReason);
         else
@@ -178,7 +188,7 @@ PageCase {
     }
 
     function test_whereButtonsLeaveTheKeyboardAloneAClickDoesToo() {
-        button.focusOnClick = false;
+        button.focusPolicy = Qt.TabFocus;
         item("about").forceActiveFocus(Qt.TabFocusReason);
         mouseClick(button);
         compare(presses.count, 1);

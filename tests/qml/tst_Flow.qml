@@ -19,11 +19,11 @@ PageCase {
         } else {
             mouseClick(item("mainButton"));
         }
-        tryCompare(model, "stage", "gettingAres");
+        tryCompare(model, "stageTitle", "Getting Ares");
         compare(item("mainButton").text, "Getting Ares");
         verify(item("statusArea").visible);
         model.cancel();
-        tryCompare(model, "stage", "idle");
+        tryCompare(model, "atRest", true);
     }
 
     function test_thePlayButtonIgnoresClicksWhileWorkRuns() {
@@ -40,7 +40,7 @@ PageCase {
     function test_cancelCancelsTheRunningTask(row) {
         probe.silenceReleaseApi();
         mouseClick(item("mainButton"));
-        tryCompare(model, "stage", "gettingAres");
+        tryCompare(model, "stageTitle", "Getting Ares");
         waitForRendering(page);
         if (row.key) {
             compare(tab(), "cancelButton");
@@ -48,7 +48,7 @@ PageCase {
         } else {
             mouseClick(item("cancelButton"));
         }
-        tryCompare(model, "stage", "idle");
+        tryCompare(model, "atRest", true);
         compare(item("notice").text, "Cancelled. Nothing was changed.");
         verify(item("notice").visible);
         verify(!item("statusArea").visible);
@@ -61,7 +61,7 @@ PageCase {
         compare(item("errorMessage").text, model.errorMessage);
         compare(item("errorDetails").visible, model.errorDetails !== "");
         verify(!shows("recoveryRow"));
-        compare(model.stage, "idle");
+        verify(model.atRest);
     }
 
     function test_aCopyInTheApplicationsIsOfferedAndTheGameIsFetchedWithIt() {
@@ -69,7 +69,7 @@ PageCase {
         mouseClick(item("mainButton"));
         tryVerify(() => popup("externalOfferAlert")?.opened);
         const alert = popup("externalOfferAlert");
-        compare(model.stage, "idle");
+        verify(model.atRest);
         compare(alert.message, "Found " + app + ". Use it instead of downloading about 80 MB?");
         keyClick(Qt.Key_Return);
         tryVerify(() => shows("recoveryRow"));
@@ -83,8 +83,8 @@ PageCase {
         probe.put({ errorMessage: "An old error." });
         mouseClick(item("mainButton"));
         verify(!item("messages").visible);
-        tryCompare(model, "stage", "gettingAres");
+        tryCompare(model, "stageTitle", "Getting Ares");
         model.cancel();
-        tryCompare(model, "stage", "idle");
+        tryCompare(model, "atRest", true);
     }
 }

@@ -30,8 +30,8 @@ TestCase {
         grabImage(window.contentItem);
         const view = findChild(window.contentItem, "pageScroll").view;
         verify(view.contentHeight <= view.height);
-        for (const name of ["scrollBar", "statusArea", "errorBox", "externalOfferAlert", "updateAlert",
-                            "resetAlert", "aboutView", "filePanel"])
+        verify(!findChild(findChild(window.contentItem, "pageScroll"), "scrollBar").visible);
+        for (const name of ["externalOfferAlert", "updateAlert", "resetAlert", "aboutView", "filePanel"])
             compare(findChild(window.contentItem, name).item, null, name);
     }
 

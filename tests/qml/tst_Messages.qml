@@ -136,8 +136,8 @@ PageCase {
         verify(pane.view.contentHeight > 100);
         verify(pane.view.clip);
         const bar = findChild(pane, "scrollBar");
-        tryVerify(() => bar.item?.visible);
-        fuzzyCompare(bar.item.size, 100 / pane.view.contentHeight, 0.01);
+        tryVerify(() => bar.visible);
+        fuzzyCompare(bar.size, 100 / pane.view.contentHeight, 0.01);
         mouseWheel(pane, 50, 50, 0, -120);
         tryVerify(() => pane.view.contentY > 0);
     }

@@ -26,7 +26,7 @@ PageCase {
     /// The flow that an answer starts finds no emulator to download.
     function waitForTheFlowToFail() {
         tryVerify(() => model.errorMessage !== undefined);
-        compare(model.stage, "idle");
+        verify(model.atRest);
     }
 
     function test_noOfferNoAlert() {
@@ -64,8 +64,8 @@ PageCase {
         const area = alertItem("alertMessageArea");
         verify(area.view.contentHeight > area.height);
         const bar = findChild(area, "scrollBar");
-        tryVerify(() => bar.item?.visible);
-        fuzzyCompare(bar.item.size, Math.max(area.height / area.view.contentHeight, bar.item.minimumSize),
+        tryVerify(() => bar.visible);
+        fuzzyCompare(bar.size, Math.max(area.height / area.view.contentHeight, bar.minimumSize),
                      0.01);
         keyClick(Qt.Key_Down);
         tryVerify(() => area.view.contentY > 0);
@@ -131,7 +131,7 @@ PageCase {
         compare(probe.pendingROM(), undefined);
         compare(probe.preferredAres(), undefined);
         compare(model.notice, "A notice.");
-        compare(model.stage, "idle");
+        verify(model.atRest);
         verify(!probe.hasTask());
         tryVerify(() => !popup("externalOfferAlert")?.visible);
     }

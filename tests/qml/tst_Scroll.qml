@@ -19,8 +19,8 @@ PageCase {
     /// Makes the page too tall for the window.
     function fill() {
         probe.put({ errorMessage: "A line.\n".repeat(60) });
-        tryVerify(() => findChild(item("pageScroll"), "scrollBar").item?.visible);
-        bar = findChild(item("pageScroll"), "scrollBar").item;
+        bar = findChild(item("pageScroll"), "scrollBar");
+        tryVerify(() => bar.visible);
         // That lays it out.
         grabImage(page);
     }

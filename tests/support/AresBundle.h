@@ -9,14 +9,14 @@
 namespace cartloom
 {
 
-/// Makes an ares.app in a folder, in the layout of the macOS download, whose program is the scripted child.
-/// Returns where it lies.
+/// Makes an ares.app in a folder, in the layout of the macOS download, with the scripted child as its
+/// program. Returns its path.
 std::filesystem::path makeAresApp(const std::filesystem::path& folder);
 
-/// What the scripted child does from now on, one command an entry.
+/// Sets the commands of the scripted child, one per entry.
 void scriptChild(const QStringList& commands);
 
-/// Packs all that is in a folder into a zip archive, with the system's archive tool.
+/// Packs a folder's contents into a zip archive with the system's archive tool.
 void zipFolder(const std::filesystem::path& folder, const std::filesystem::path& archive);
 
 } // namespace cartloom

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "game/FileDownloader.h"
+#include "network/FileDownloader.h"
 #include "support/Requests.h"
 #include "support/ResultOf.h"
 #include "support/Sandbox.h"
@@ -11,7 +11,7 @@
 namespace cartloom
 {
 
-/// One download into a folder that holds nothing else, and how it ended.
+/// One download into a folder that holds nothing else.
 struct Download
 {
     explicit Download(ProgressCallback progress = [](qint64, qint64) {})
@@ -30,9 +30,13 @@ struct Download
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     }
 
-    std::filesystem::path fetch(const QUrl& url, CancellationToken token = {})
+    std::filesystem::path fetch(const HttpRequest& request, const CancellationToken& token = {})
     {
-        return resultOf(downloader.download(requestFor(url), std::move(token)));
+        return resultOf(downloader.download(request, token));
+    }
+    std::filesystem::path fetch(const QUrl& url, const CancellationToken& token = {})
+    {
+        return fetch(requestFor(url), token);
     }
 
     Sandbox sandbox;

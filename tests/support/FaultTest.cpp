@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/FaultTest.h"
 
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/EventLoopWait.h"
 #include "support/Snapshot.h"
@@ -38,7 +38,11 @@ QString descriptionOf(int code)
     case -1005:
         return QStringLiteral("The network connection was lost.");
     case -1007:
-        return QStringLiteral("The server sent the request on too many times.");
+        return QStringLiteral("Too many redirects.");
+    case -1011:
+        return QStringLiteral("The server's answer could not be understood.");
+    case -1015:
+        return QStringLiteral("The server's answer is damaged.");
     case -1022:
         return QStringLiteral("The address is not a secure one.");
     case -1103:

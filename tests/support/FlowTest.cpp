@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "support/FlowTest.h"
 
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/EventLoopWait.h"
 #include "support/ModelProbe.h"
 
 #include <QTest>
+
+#include <utility>
 
 namespace cartloom
 {
@@ -29,10 +31,21 @@ void FlowTest::saveGame()
     writeSparse(Paths::gameFile(), bigEndianHeader, 10'000'000);
 }
 
-void FlowTest::restart()
+void FlowTest::endFlow()
 {
     m_recorder.reset();
-    m_model = std::make_unique<AppModel>();
+    if (const auto model = std::exchange(m_model, nullptr)) {
+        model->cancel();
+        const auto& task = ModelProbe::task(*model);
+        if (!comesTrue([&] { return !task || !task->isRunning(); }))
+            qFatal("the flow does not end");
+    }
+}
+
+void FlowTest::restart()
+{
+    endFlow();
+    m_model = AppModel::create(std::chrono::steady_clock::now, m_timeouts);
     m_recorder = std::make_unique<ModelRecorder>(*m_model);
 }
 
@@ -67,8 +80,8 @@ void FlowTest::init()
 
 void FlowTest::cleanup()
 {
-    m_recorder.reset();
-    m_model.reset();
+    endFlow();
+    m_timeouts = {};
     m_sites.reset();
     m_sandbox.reset();
 }

@@ -39,12 +39,18 @@ protected:
 
     std::unique_ptr<Sandbox> m_sandbox;
     std::unique_ptr<ScriptedSites> m_sites;
-    std::unique_ptr<AppModel> m_model;
+    std::shared_ptr<AppModel> m_model;
     std::unique_ptr<ModelRecorder> m_recorder;
+    /// Of the next model.
+    Timeouts m_timeouts;
 
 protected Q_SLOTS:
     void init();
     void cleanup();
+
+private:
+    /// Lets go of the model. A running flow would keep it alive into the next case.
+    void endFlow();
 };
 
 } // namespace cartloom

@@ -1,22 +1,33 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QNetworkProxy>
+#include <QString>
+
+#include <array>
 
 namespace cartloom
 {
 
-/// Sends every request of this process through an HTTP proxy, as long as it lives.
+/// Makes the system's settings name an HTTP proxy for every request, as long as this object lives.
 class ProxyInForce
 {
 public:
     ProxyInForce(const QString& host, quint16 port)
     {
-        QNetworkProxy::setApplicationProxy({QNetworkProxy::HttpProxy, host, port});
+        const auto address = QStringLiteral("http://%1:%2").arg(host).arg(port).toUtf8();
+        for (const auto* variable : variables)
+            qputenv(variable, address);
     }
-    ~ProxyInForce() { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); }
+    ~ProxyInForce()
+    {
+        for (const auto* variable : variables)
+            qunsetenv(variable);
+    }
     ProxyInForce(const ProxyInForce&) = delete;
     ProxyInForce& operator=(const ProxyInForce&) = delete;
+
+private:
+    static constexpr std::array variables{"http_proxy", "https_proxy"};
 };
 
 } // namespace cartloom

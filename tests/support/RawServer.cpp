@@ -2,6 +2,7 @@
 #include "support/RawServer.h"
 
 #include <QSslSocket>
+#include <QTimer>
 #include <QtDebug>
 
 #include <sys/socket.h>
@@ -94,6 +95,20 @@ void RawConnection::fill()
         close();
 }
 
+void RawConnection::drip(const QByteArray& bytes, std::chrono::milliseconds interval)
+{
+    auto* const timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, [this, timer, bytes, next = qsizetype(0)]() mutable {
+        if (next < bytes.size()) {
+            send(bytes.mid(next++, 1));
+        } else {
+            timer->stop();
+            close();
+        }
+    });
+    timer->start(interval);
+}
+
 void RawConnection::close()
 {
     m_socket->disconnectFromHost();
@@ -121,14 +136,7 @@ void RawConnection::takeRequests()
         m_respond(*this, *request);
 }
 
-RawServer::RawServer(Respond respond)
-    : m_respond(std::move(respond))
-{
-    if (!listen(QHostAddress::LocalHost))
-        qFatal("cannot listen: %s", qPrintable(errorString()));
-}
-
-RawServer::RawServer(Respond respond, const QSslConfiguration& tls)
+RawServer::RawServer(Respond respond, const Tls& tls)
     : m_respond(std::move(respond))
     , m_tls(tls)
 {
@@ -136,12 +144,7 @@ RawServer::RawServer(Respond respond, const QSslConfiguration& tls)
         qFatal("cannot listen: %s", qPrintable(errorString()));
 }
 
-RawServer::RawServer(const QByteArray& answer)
-    : RawServer(saying(answer))
-{
-}
-
-RawServer::RawServer(const QByteArray& answer, const QSslConfiguration& tls)
+RawServer::RawServer(const QByteArray& answer, const Tls& tls)
     : RawServer(saying(answer), tls)
 {
 }

@@ -6,6 +6,7 @@
 #include <QTcpServer>
 #include <QUrl>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -47,15 +48,18 @@ public:
     /// all, then closes.
     void sendEndlessly(const QByteArray& block, qint64 bound);
 
-    /// Ends the connection once all that was given to send has gone out.
+    /// Sends one byte per interval, then closes.
+    void drip(const QByteArray& bytes, std::chrono::milliseconds interval);
+
+    /// Closes the connection once everything has been sent.
     void close();
 
-    /// Ends the connection with a reset.
+    /// Resets the connection once everything has been handed to the system.
     void reset();
 
-    /// Whether the other side has gone.
+    /// True once the other side has gone.
     [[nodiscard]] bool isClosed() const;
-    /// How many bytes have gone out.
+    /// Number of bytes sent.
     [[nodiscard]] qint64 sent() const { return m_sent; }
 
 Q_SIGNALS:
@@ -85,12 +89,12 @@ public:
     /// Is given every whole request.
     using Respond = RawConnection::Respond;
 
-    explicit RawServer(Respond respond);
-    /// Speaks TLS with this configuration's certificate and key.
-    RawServer(Respond respond, const QSslConfiguration& tls);
+    using Tls = std::optional<QSslConfiguration>;
+
+    /// Speaks TLS if a configuration with certificate and key is given.
+    explicit RawServer(Respond respond, const Tls& tls = {});
     /// Gives every request the same bytes and then closes the connection.
-    explicit RawServer(const QByteArray& answer);
-    RawServer(const QByteArray& answer, const QSslConfiguration& tls);
+    explicit RawServer(const QByteArray& answer, const Tls& tls = {});
 
     /// Called for each new connection before anything is read from it.
     std::function<void(RawConnection&)> onConnected;
@@ -110,7 +114,7 @@ private:
     void incomingConnection(qintptr descriptor) override;
 
     const Respond m_respond;
-    const std::optional<QSslConfiguration> m_tls;
+    const Tls m_tls;
     std::vector<RawRequest> m_requests;
     std::vector<std::unique_ptr<RawConnection>> m_connections;
 };

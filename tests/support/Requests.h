@@ -1,27 +1,37 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QNetworkRequest>
+#include "network/HttpRequest.h"
+
+#include <QUrl>
 
 #include <chrono>
 
 namespace cartloom
 {
 
-/// A request for an address, with an inactivity limit that is longer than any answer from this machine takes.
-[[nodiscard]] inline QNetworkRequest requestFor(const QUrl& url,
-                                                std::chrono::milliseconds limit = std::chrono::seconds(20))
+/// A request whose timeout is longer than any answer from this machine takes.
+[[nodiscard]] inline HttpRequest requestFor(const std::string& url,
+                                            std::chrono::milliseconds timeout = std::chrono::seconds(20))
 {
-    QNetworkRequest request(url);
-    request.setTransferTimeout(static_cast<int>(limit.count()));
-    return request;
+    return {.url = url,
+            .limits = {.idleTimeout = timeout, .connectTimeout = timeout},
+            .schemes = url.starts_with("file:") ? AllowedSchemes::file : AllowedSchemes::httpOrHttps};
 }
 
-/// The same for a form that is sent as plain text.
-[[nodiscard]] inline QNetworkRequest formFor(const QUrl& url)
+[[nodiscard]] inline HttpRequest requestFor(const QUrl& url,
+                                            std::chrono::milliseconds timeout = std::chrono::seconds(20))
+{
+    return requestFor(url.toEncoded().toStdString(), timeout);
+}
+
+/// A form that is sent as plain text.
+[[nodiscard]] inline HttpRequest formFor(const QUrl& url, const std::string& body)
 {
     auto request = requestFor(url);
-    request.setRawHeader("Content-Type", "text/plain");
+    request.method = "POST";
+    request.headers = {"Content-Type: text/plain"};
+    request.body = body;
     return request;
 }
 

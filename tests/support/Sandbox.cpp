@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/Sandbox.h"
 
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -13,8 +13,8 @@
 namespace cartloom
 {
 
-/// The store with its page, its form and its file, each of which a test may change. An empty answer is none:
-/// the store then keeps silent. The code under test asks it as long as it lives.
+/// The store with its page, its form and its file, each of which a test may change. It leaves a request with
+/// an empty answer unanswered. It is the compiled origin for as long as it lives.
 struct ScriptedStore
 {
     static inline const auto pagePath = QByteArrayLiteral("/quillet64");
@@ -24,12 +24,6 @@ struct ScriptedStore
     explicit ScriptedStore(const QByteArray& token = "token")
     {
         TestOrigins::setStore(server.url(QString()));
-        setUp(token);
-    }
-
-    /// Makes everything work, whatever was changed before.
-    void setUp(const QByteArray& token = "token")
-    {
         answers[pagePath] = httpAnswer(200, page(token), {"Set-Cookie: session=s1; Path=/"});
         answers[formPath] =
             httpAnswer(200, "{\"url\":\"" + server.url(QString()).toEncoded() + filePath + "\"}");
@@ -44,14 +38,13 @@ struct ScriptedStore
                "<b>Quillet64.z64</b><a data-upload_id=\"22\"></a>";
     }
 
-    /// A file that passes for the game.
+    /// A file that passes the check.
     [[nodiscard]] static const QByteArray& rom()
     {
         static const QByteArray bytes = bigEndianHeader + QByteArray(9'999'996, 'r');
         return bytes;
     }
 
-    /// Downloads the game from it.
     std::filesystem::path download(CancellationToken token = {})
     {
         return resultOf(GameDownloader::download([this](qint64, qint64) { ++progressed; }, std::move(token)));

@@ -6,23 +6,22 @@
 namespace cartloom
 {
 
-/// A file system of its own with room for few bytes, mounted for this process alone.
+/// A small file system that only this process sees.
 class SmallVolume
 {
 public:
-    /// To be called first thing in main, while there is one thread only. False where the system does not let
-    /// this user mount anything.
+    /// Called first in main, before there is a second thread. False if this user may not mount.
     [[nodiscard]] static bool prepare();
 
-    /// Mounts it on a folder that exists, with room for this many bytes.
+    /// Mounts it on an existing folder, with room for this many bytes.
     SmallVolume(std::filesystem::path folder, long long bytes);
     ~SmallVolume();
     SmallVolume(const SmallVolume&) = delete;
     SmallVolume& operator=(const SmallVolume&) = delete;
 
-    /// Leaves room for this many bytes, and for this many more files and folders, beside what there is.
+    /// Limits the free space to this many bytes, and to this many more files and folders.
     void leaveRoomFor(long long bytes, long long entries = 1'000'000) const;
-    /// How many bytes are taken.
+    /// The number of bytes in use.
     [[nodiscard]] long long used() const;
 
     [[nodiscard]] const std::filesystem::path& path() const { return m_folder; }

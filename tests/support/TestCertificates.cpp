@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/TestCertificates.h"
 
+#include "support/TestOrigins.h"
+
 #include <QFile>
 #include <QSslCertificate>
 #include <QSslKey>
@@ -32,9 +34,7 @@ QSslConfiguration server(const QString& name)
 
 void trustAuthority()
 {
-    auto configuration = QSslConfiguration::defaultConfiguration();
-    configuration.addCaCertificate(QSslCertificate(contents(QStringLiteral("authority.pem"))));
-    QSslConfiguration::setDefaultConfiguration(configuration);
+    TestOrigins::setCertificateAuthorities(CARTLOOM_CERTIFICATES "/authority.pem");
 }
 
 } // namespace cartloom::TestCertificates

@@ -2,7 +2,7 @@
 #include "support/TestOrigins.h"
 
 #include "emulator/SearchedFolders.h"
-#include "game/Origins.h"
+#include "network/Origins.h"
 #include "platform/Places.h"
 
 namespace cartloom
@@ -15,6 +15,7 @@ namespace
 const QUrl nowhere(QStringLiteral("http://127.0.0.1:1"));
 QUrl releaseApiOrigin = nowhere;
 QUrl storeOrigin = nowhere;
+std::string authorities;
 
 } // namespace
 
@@ -25,6 +26,11 @@ void TestOrigins::setReleaseApi(const QUrl& origin)
 void TestOrigins::setStore(const QUrl& origin)
 {
     storeOrigin = origin;
+}
+
+void TestOrigins::setCertificateAuthorities(const std::string& file)
+{
+    authorities = file;
 }
 
 QUrl Origins::releaseApi()
@@ -38,6 +44,10 @@ QUrl Origins::store()
 QString Origins::emulatorSite()
 {
     return QStringLiteral("emulator.example");
+}
+std::string Origins::certificateAuthorities()
+{
+    return authorities;
 }
 
 std::vector<std::filesystem::path> AresInstaller::searchedFolders()

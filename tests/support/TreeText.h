@@ -8,8 +8,8 @@
 namespace cartloom
 {
 
-/// Everything that makes up a folder, as text: names, kinds, who may execute, links and the bytes of all
-/// files. Two folders that are alike have the same.
+/// A folder tree as text, equal for equal trees: names, kinds, execute permissions, link targets and file
+/// contents.
 [[nodiscard]] QByteArray treeText(const std::filesystem::path& folder);
 
 } // namespace cartloom

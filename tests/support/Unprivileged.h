@@ -8,8 +8,7 @@
 namespace cartloom
 {
 
-/// As long as it lives, this process may do no more than any user: permissions hold even where the tests run
-/// as root.
+/// Drops root's privileges for its scope, so that permissions apply even if the tests run as root.
 class Unprivileged
 {
 public:

@@ -9,28 +9,28 @@
 namespace cartloom
 {
 
-/// One entry of a zip archive; every field is written as it stands, whether it makes sense or not.
+/// One entry of a zip archive. Every field is written unchecked.
 struct ZipEntry
 {
     QByteArray name;
     QByteArray contents = {};
-    /// As Unix keeps it: the kind of the entry and its permissions.
+    /// Unix file type and permissions.
     quint32 mode = 0100644;
-    /// Whether the contents are a raw deflate stream, of this many bytes when unpacked.
+    /// The unpacked size, if the contents are a raw deflate stream.
     std::optional<quint32> deflatedFrom = {};
-    /// What is said of the contents instead of what is so.
+    /// Written in place of the true values.
     std::optional<quint32> checksum = {};
     std::optional<quint32> size = {};
 };
 
-/// A zip archive, byte by byte, for what no archive tool would write.
+/// The bytes of a zip archive, for entries that no archive tool would write.
 [[nodiscard]] QByteArray zipOf(const std::vector<ZipEntry>& entries);
 
 [[nodiscard]] ZipEntry zipFolderEntry(const QByteArray& name);
 [[nodiscard]] ZipEntry zipLink(const QByteArray& name, const QByteArray& target);
-/// A file that the emulator's bundle is complete with: a program that ends at once.
+/// A program that exits at once and completes the emulator's bundle.
 [[nodiscard]] ZipEntry zipProgram(const QByteArray& name = "ares.app/Contents/MacOS/ares");
-/// A file of zeros, a thousandth of its size in the archive.
+/// A file of zeros, compressed about 1000:1.
 [[nodiscard]] ZipEntry zipZeros(const QByteArray& name, quint32 size);
 
 } // namespace cartloom

@@ -55,7 +55,7 @@ class ArchiveToolFreedesktopTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aZipIsUnpackedWithItsLinksAndItsPrograms()
+    void zipIsUnpackedWithLinksAndPermissions()
     {
         const Sandbox sandbox;
         const auto from = sandbox.scratch() / "from";
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(fs::read_symlink(to / "ares.app/Contents/link"), fs::path("MacOS/ares"));
     }
 
-    void specialPermissionBitsAreDropped()
+    void setIdBitsAreDropped()
     {
         const Sandbox sandbox;
         const auto from = sandbox.scratch() / "from";
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY((modeOf(to / "program") & S_IXUSR) != 0);
     }
 
-    void nothingComesOutOfWhatIsNoArchive_data()
+    void fileThatIsNoArchiveUnpacksNothing_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("fails");
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QTest::newRow("a page") << QByteArray("<!doctype html><title>Log in</title>") << true;
     }
 
-    void nothingComesOutOfWhatIsNoArchive()
+    void fileThatIsNoArchiveUnpacksNothing()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(bool, fails);
@@ -106,13 +106,13 @@ private Q_SLOTS:
         QVERIFY(fs::is_empty(sandbox.scratch() / "to"));
     }
 
-    void anArchiveThatIsNotThereFails()
+    void missingArchiveFails()
     {
         const Sandbox sandbox;
         QVERIFY(unpack(sandbox.scratch() / "nothing.zip", sandbox.scratch() / "to") > 0);
     }
 
-    void anArchiveThatIsCutOffFails()
+    void truncatedArchiveFails()
     {
         const Sandbox sandbox;
         const auto from = sandbox.scratch() / "from";

@@ -10,7 +10,7 @@ class ArchiveToolMacOSTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aZipIsUnpackedByTheSystemsOwnTool()
+    void zipIsUnpackedByDitto()
     {
         const auto tool = ArchiveTool::unpackZip("/a b/ares.zip", "/c d/Ares-new");
         QCOMPARE(tool.program, std::filesystem::path("/usr/bin/ditto"));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/ByteCount.h"
+#include "core/ByteCount.h"
 
 #include <QLocale>
 #include <QtTest>
@@ -11,7 +11,7 @@ class ByteCountTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void countsAreReadAsAPlayerReadsThem_data()
+    void countsAreRounded_data()
     {
         QTest::addColumn<qint64>("bytes");
         QTest::addColumn<QString>("text");
@@ -48,14 +48,14 @@ private Q_SLOTS:
         row(-1, "-1 bytes");
     }
 
-    void countsAreReadAsAPlayerReadsThem()
+    void countsAreRounded()
     {
         QFETCH(qint64, bytes);
         QFETCH(QString, text);
         QCOMPARE(ByteCount::text(bytes), text);
     }
 
-    void figuresAreEnglishEverywhere()
+    void textIsIndependentOfTheLocale()
     {
         QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
         QCOMPARE(ByteCount::text(12'300'000), QStringLiteral("12.3 MB"));

@@ -24,7 +24,7 @@ private Q_SLOTS:
     void init() { m_sandbox = std::make_unique<Sandbox>(); }
     void cleanup() { m_sandbox.reset(); }
 
-    void theCopyOfTheMachineComesBeforeTheUsers()
+    void machineWideCopyComesFirst()
     {
         fs::create_directories(ofUser() / "ares.app");
         QCOMPARE(search(), ofUser() / "ares.app");
@@ -32,29 +32,29 @@ private Q_SLOTS:
         QCOMPARE(search(), ofMachine() / "ares.app");
     }
 
-    void aPlainFileOfTheNameCountsAsFound()
+    void plainFileCountsAsFound()
     {
         writeFile(ofMachine() / "ares.app", "a plain file");
         QCOMPARE(search(), ofMachine() / "ares.app");
     }
 
-    void withNeitherThereIsNone() { QCOMPARE(search(), std::nullopt); }
+    void noCopyIsFoundInMissingFolders() { QCOMPARE(search(), std::nullopt); }
 
-    void nothingIsFoundInAFolderThatDoesNotExist() { QCOMPARE(AresInstaller::findApp(tree()), std::nullopt); }
+    void missingFolderHasNoBundle() { QCOMPARE(AresInstaller::findApp(tree()), std::nullopt); }
 
-    void theBundleIsFoundAtTheTop()
+    void bundleIsFoundAtTheTop()
     {
         fs::create_directories(tree() / "ares.app");
         QCOMPARE(AresInstaller::findApp(tree()), tree() / "ares.app");
     }
 
-    void theBundleIsFoundOneFolderDown()
+    void bundleIsFoundOneFolderDown()
     {
         fs::create_directories(tree() / "ares-v147/ares.app");
         QCOMPARE(AresInstaller::findApp(tree()), tree() / "ares-v147/ares.app");
     }
 
-    void theBundleIsFoundFiveLevelsDownButNotSix()
+    void searchIsFiveLevelsDeep()
     {
         fs::create_directories(tree() / "1/2/3/4/5/ares.app");
         QCOMPARE(AresInstaller::findApp(tree()), std::nullopt);
@@ -62,26 +62,26 @@ private Q_SLOTS:
         QCOMPARE(AresInstaller::findApp(tree()), tree() / "1/2/3/4/ares.app");
     }
 
-    void theNameIsCaseSensitive()
+    void nameIsCaseSensitive()
     {
         fs::create_directories(tree() / "Ares.app");
         fs::create_directories(tree() / "ares.App");
         QCOMPARE(AresInstaller::findApp(tree()), std::nullopt);
     }
 
-    void anythingOfTheNameIsFoundWhateverItIs()
+    void plainFileIsFoundAsABundle()
     {
         writeFile(tree() / "ares.app", "a plain file");
         QCOMPARE(AresInstaller::findApp(tree()), tree() / "ares.app");
     }
 
-    void hiddenEntriesAreSkippedWithAllBelowThem()
+    void hiddenFoldersAreSkipped()
     {
         fs::create_directories(tree() / ".hidden/ares.app");
         QCOMPARE(AresInstaller::findApp(tree()), std::nullopt);
     }
 
-    void linksToFoldersAreNotFollowed()
+    void folderLinksAreNotFollowed()
     {
         fs::create_directories(m_sandbox->scratch() / "elsewhere/ares.app");
         fs::create_directories(tree());
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QCOMPARE(AresInstaller::findApp(tree()), std::nullopt);
     }
 
-    void theOrderIsByName()
+    void searchOrderIsByName()
     {
         fs::create_directories(tree() / "b/ares.app");
         fs::create_directories(tree() / "a/deeper/ares.app");
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(AresInstaller::findApp(tree()), tree() / "a/deeper/ares.app");
     }
 
-    void foldersThatCannotBeReadAreSkipped()
+    void unreadableFoldersAreSkipped()
     {
         fs::create_directories(tree() / "a/ares.app");
         fs::create_directories(tree() / "b/ares.app");

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "game/FriendlyError.h"
+#include "errors/FriendlyError.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "storage/Removal.h"
+#include "storage/WholeFiles.h"
 #include "support/Failures.h"
 #include "support/Sandbox.h"
 #include "support/Unprivileged.h"
@@ -37,7 +39,7 @@ class FilesTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void existenceFollowsLinksAndNeverFails()
+    void existsFollowsLinksAndNeverThrows()
     {
         const Sandbox sandbox;
         const auto file = sandbox.scratch() / "file";
@@ -53,7 +55,7 @@ private Q_SLOTS:
         QVERIFY(!Files::exists({}));
     }
 
-    void onlyARegularFileThatMayBeExecutedIsExecutable()
+    void onlyRegularFilesAreExecutable()
     {
         const Sandbox sandbox;
         const auto file = sandbox.scratch() / "file";
@@ -65,7 +67,7 @@ private Q_SLOTS:
         QVERIFY(!Files::isExecutable(sandbox.scratch() / "nothing"));
     }
 
-    void aMoveReplacesNothing_data()
+    void moveReplacesNothing_data()
     {
         QTest::addColumn<QString>("what");
         for (const auto& what :
@@ -73,7 +75,7 @@ private Q_SLOTS:
             QTest::newRow(qPrintable(what)) << what;
     }
 
-    void aMoveReplacesNothing()
+    void moveReplacesNothing()
     {
         QFETCH(QString, what);
         const Sandbox sandbox;
@@ -87,12 +89,11 @@ private Q_SLOTS:
         else
             fs::create_symlink("nowhere", to);
         QCOMPARE(errnoOf([&] { Files::move(from, to); }), EEXIST);
-        QCOMPARE(errnoOf([&] { Files::copy(from, to); }), EEXIST);
         QCOMPARE(readFile(from), QByteArray("new"));
         QCOMPARE(entriesOf(sandbox.scratch()), 2);
     }
 
-    void aMoveTakesFilesAndFolders()
+    void moveTakesFilesAndFolders()
     {
         const Sandbox sandbox;
         writeFile(sandbox.scratch() / "folder/file", "x");
@@ -103,31 +104,7 @@ private Q_SLOTS:
                  ENOENT);
     }
 
-    void aCopyHasTheSameBytes()
-    {
-        const Sandbox sandbox;
-        QByteArray bytes(1'000'003, Qt::Uninitialized);
-        for (qsizetype i = 0; i < bytes.size(); ++i)
-            bytes[i] = static_cast<char>(i * 31 % 251);
-        writeFile(sandbox.scratch() / "from", bytes);
-        Files::copy(sandbox.scratch() / "from", sandbox.scratch() / "to");
-        QCOMPARE(readFile(sandbox.scratch() / "to"), bytes);
-        QCOMPARE(readFile(sandbox.scratch() / "from"), bytes);
-        QCOMPARE(entriesOf(sandbox.scratch()), 2);
-    }
-
-    void aCopyThatFailsLeavesNothing()
-    {
-        const Sandbox sandbox;
-        fs::create_directory(sandbox.scratch() / "folder");
-        QCOMPARE(errnoOf([&] { Files::copy(sandbox.scratch() / "folder", sandbox.scratch() / "to"); }),
-                 EISDIR);
-        QCOMPARE(errnoOf([&] { Files::copy(sandbox.scratch() / "nothing", sandbox.scratch() / "to"); }),
-                 ENOENT);
-        QCOMPARE(entriesOf(sandbox.scratch()), 1);
-    }
-
-    void foldersAreMadeWithTheirParents()
+    void createFoldersMakesParents()
     {
         const Sandbox sandbox;
         Files::createFolders(sandbox.scratch() / "a/b/c");
@@ -138,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(errnoOf([&] { Files::createFolders(sandbox.scratch() / "file/a"); }), ENOTDIR);
     }
 
-    void readingStopsAtTheLimitOrTheEnd()
+    void readStopsAtTheLimitOrTheEnd()
     {
         const Sandbox sandbox;
         const auto file = sandbox.scratch() / "file";
@@ -152,35 +129,22 @@ private Q_SLOTS:
         QCOMPARE(errnoOf([&] { static_cast<void>(Files::read(sandbox.scratch(), 4)); }), EISDIR);
     }
 
-    void writingAtomicallyReplaces()
-    {
-        const Sandbox sandbox;
-        const auto file = sandbox.scratch() / "file";
-        Files::writeAtomically(file, "old and long");
-        Files::writeAtomically(file, "new");
-        QCOMPARE(readFile(file), QByteArray("new"));
-        QCOMPARE(entriesOf(sandbox.scratch()), 1);
-        fs::create_directory(sandbox.scratch() / "folder");
-        QCOMPARE(errnoOf([&] { Files::writeAtomically(sandbox.scratch() / "folder", "x"); }), EISDIR);
-        QCOMPARE(entriesOf(sandbox.scratch()), 2);
-    }
-
-    void permissionsHold()
+    void permissionsAreKept()
     {
         const Sandbox sandbox;
         const auto folder = lockedFolder(sandbox);
         const Unprivileged unprivileged;
-        QCOMPARE(errnoOf([&] { Files::copy(folder / "file", folder / "copy"); }), EACCES);
+        QCOMPARE(errnoOf([&] { WholeFiles::copy(folder / "file", folder / "copy"); }), EACCES);
         QCOMPARE(errnoOf([&] { Files::move(folder / "file", folder / "moved"); }), EACCES);
-        QCOMPARE(errnoOf([&] { Files::clear(folder); }), EACCES);
+        QCOMPARE(errnoOf([&] { Removal::remove(folder); }), EACCES);
         QCOMPARE(errnoOf([&] { Files::createFolders(folder / "new"); }), EACCES);
-        QCOMPARE(errnoOf([&] { Files::writeAtomically(folder / "file", "x"); }), EACCES);
-        Files::tryRemove(folder);
+        QCOMPARE(errnoOf([&] { WholeFiles::write(folder / "file", "x"); }), EACCES);
+        Removal::tryRemove(folder);
         QCOMPARE(readFile(folder / "file"), QByteArray("contents"));
         QCOMPARE(entriesOf(folder), 1);
     }
 
-    void failuresCarryTheSystemsNumberAndSentence_data()
+    void errorsCarryTheErrnoAndItsText_data()
     {
         QTest::addColumn<int>("number");
         QTest::addColumn<QString>("sentence");
@@ -189,7 +153,7 @@ private Q_SLOTS:
         QTest::newRow("disk full") << ENOSPC << QStringLiteral("No space left on device");
     }
 
-    void failuresCarryTheSystemsNumberAndSentence()
+    void errorsCarryTheErrnoAndItsText()
     {
         QFETCH(int, number);
         QFETCH(QString, sentence);
@@ -200,7 +164,7 @@ private Q_SLOTS:
             if (number == ENOENT)
                 static_cast<void>(Files::size(folder / "nothing"));
             else if (number == EACCES)
-                Files::clear(folder / "file");
+                Removal::remove(folder / "file");
             else
                 FileDescriptor(::open("/dev/full", O_WRONLY | O_CLOEXEC)).writeAll("x", 1);
             return 0;

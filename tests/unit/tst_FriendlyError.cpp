@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "game/FriendlyError.h"
-#include "platform/Errors.h"
+#include "errors/FriendlyError.h"
+#include "errors/PlatformError.h"
 
 #include <QtTest>
 

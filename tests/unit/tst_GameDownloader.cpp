@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
+#include "errors/FriendlyError.h"
+#include "errors/PlatformError.h"
+#include "storage/Paths.h"
 #include "support/Failures.h"
 #include "support/ScriptedStore.h"
 
@@ -21,8 +23,24 @@ class GameDownloaderTest : public QObject
 {
     Q_OBJECT
 
+    static void onlyTheInstalledGameIsThere()
+    {
+        QCOMPARE(Sandbox::storage(), QStringList{gameFile});
+        QCOMPARE(readFile(Paths::gameFile()), QByteArray("installed"));
+    }
+
+    static void failsWith(ScriptedStore& store, const QString& message, const QString& details = {})
+    {
+        writeFile(Paths::gameFile(), "installed");
+        const auto error = failureOf<AppError>([&] { return store.download(); });
+        QVERIFY(error);
+        QCOMPARE(error->message, message);
+        QCOMPARE(error->details, details);
+        onlyTheInstalledGameIsThere();
+    }
+
 private Q_SLOTS:
-    void theGameIsFetchedAndInstalled()
+    void gameIsFetchedAndInstalled()
     {
         const Sandbox sandbox;
         ScriptedStore store;
@@ -32,7 +50,7 @@ private Q_SLOTS:
         QVERIFY(store.progressed > 0);
     }
 
-    void theThreeRequestsAreThoseOfABrowser()
+    void requestsAreThoseOfABrowser()
     {
         const Sandbox sandbox;
         ScriptedStore store;
@@ -59,7 +77,7 @@ private Q_SLOTS:
         QVERIFY(requests[2].header("Referer").isNull());
     }
 
-    void theTokenIsSentPercentEncoded_data()
+    void tokenIsSentPercentEncoded_data()
     {
         QTest::addColumn<QByteArray>("token");
         QTest::addColumn<QByteArray>("sent");
@@ -73,7 +91,7 @@ private Q_SLOTS:
         QTest::newRow("not UTF-8") << QByteArray("a\xff") << QByteArray("a%EF%BF%BD");
     }
 
-    void theTokenIsSentPercentEncoded()
+    void tokenIsSentPercentEncoded()
     {
         QFETCH(QByteArray, token);
         QFETCH(QByteArray, sent);
@@ -82,6 +100,120 @@ private Q_SLOTS:
         store.answers[ScriptedStore::formPath] = httpAnswer(403);
         QVERIFY(failureOf<AppError>([&] { return store.download(); }));
         QCOMPARE(store.server.requests().at(1).body, "csrf_token=" + sent);
+    }
+
+    void pageWithoutTheTokenIsRefused()
+    {
+        const Sandbox sandbox;
+        ScriptedStore store("");
+        failsWith(store, QStringLiteral("The Gamestall page has changed: the security token was not found."));
+    }
+
+    void pageWithoutTheFileIsRefused()
+    {
+        const Sandbox sandbox;
+        ScriptedStore store;
+        store.answers[ScriptedStore::pagePath] =
+            httpAnswer(200, ScriptedStore::page("token").replace("Quillet64.z64", "Other.z64"));
+        failsWith(store,
+                  QStringLiteral("The Gamestall page has changed: the file Quillet64.z64 was not found."));
+    }
+
+    void pageThatIsNotUtf8IsRead()
+    {
+        const Sandbox sandbox;
+        ScriptedStore store;
+        store.answers[ScriptedStore::pagePath] =
+            httpAnswer(200, "\xff\xfe\xc3" + ScriptedStore::page("token") + "\xe2\x82");
+        QCOMPARE(store.download(), Paths::gameFile());
+    }
+
+    void replyWithoutALinkIsQuoted_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::newRow("another key") << QByteArray("{\"URL\":\"https://x.example\"}");
+        QTest::newRow("inside another object") << QByteArray("{\"data\":{\"url\":\"https://x.example\"}}");
+        QTest::newRow("list") << QByteArray("[\"https://x.example\"]");
+        QTest::newRow("not JSON") << QByteArray("<html>Please log in</html>");
+        QTest::newRow("no address") << QByteArray("{\"url\":\"https://[\"}");
+        QTest::newRow("empty address") << QByteArray("{\"url\":\"\"}");
+    }
+
+    void replyWithoutALinkIsQuoted()
+    {
+        QFETCH(const QByteArray, reply);
+        const auto error = failureOf<AppError>([&] { return GameDownloader::linkIn(reply); });
+        QVERIFY(error);
+        QCOMPARE(error->message, QStringLiteral("Gamestall did not return a download link."));
+        QCOMPARE(error->details, QString::fromUtf8(reply));
+    }
+
+    void replyIsQuotedUpTo500Bytes()
+    {
+        const auto error =
+            failureOf<AppError>([] { return GameDownloader::linkIn(QByteArray(499, 'x') + "é and more"); });
+        QVERIFY(error);
+        QCOMPARE(error->details, QString(499, u'x') + QChar(QChar::ReplacementCharacter));
+    }
+
+    void fileThatIsNotTheGameIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("message");
+        const auto header =
+            QStringLiteral("The file does not look like a .z64 Nintendo 64 game (wrong header).");
+        QTest::newRow("byte-swapped") << "\x37\x80\x40\x12" + ScriptedStore::rom().mid(4) << header;
+        QTest::newRow("too short")
+            << ScriptedStore::rom().chopped(1)
+            << QStringLiteral("That file is not the right size for a Nintendo 64 game (9999 KB).");
+    }
+
+    void fileThatIsNotTheGameIsRefused()
+    {
+        QFETCH(const QByteArray, file);
+        QFETCH(const QString, message);
+        const Sandbox sandbox;
+        ScriptedStore store;
+        store.answers[ScriptedStore::filePath] = httpAnswer(200, file);
+        failsWith(store, message);
+    }
+
+    void cancelEndsEachWait_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::newRow("page") << ScriptedStore::pagePath;
+        QTest::newRow("form") << ScriptedStore::formPath;
+        QTest::newRow("file") << ScriptedStore::filePath;
+    }
+
+    void cancelEndsEachWait()
+    {
+        QFETCH(const QByteArray, path);
+        const Sandbox sandbox;
+        ScriptedStore store;
+        store.answers[path].clear();
+        const CancellationSource source;
+        store.onRequest = [&](const QByteArray& asked) {
+            if (asked == path)
+                source.cancel();
+        };
+        writeFile(Paths::gameFile(), "installed");
+        const auto error = failureOf<PlatformError>([&] { return store.download(source.token()); });
+        QVERIFY(error);
+        QVERIFY(FriendlyError::isCancel(*error));
+        QCOMPARE(store.server.requests().back().path, path);
+        onlyTheInstalledGameIsThere();
+    }
+
+    void cancelledTokenSendsNothing()
+    {
+        const Sandbox sandbox;
+        ScriptedStore store;
+        const CancellationSource source;
+        source.cancel();
+        QVERIFY(failureOf<PlatformError>([&] { return store.download(source.token()); }));
+        QCOMPARE(store.server.requests().size(), std::size_t(0));
+        QCOMPARE(Sandbox::storage(), QStringList());
     }
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "game/GameDownloader.h"
+#include "storage/Paths.h"
 #include "support/Failures.h"
 #include "support/Sandbox.h"
 
@@ -23,7 +23,7 @@ class GameInstallTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void installingMovesTheFile()
+    void downloadIsMovedIntoPlace()
     {
         const Sandbox sandbox;
         const auto file = sandbox.home() / "own.v64";
@@ -36,7 +36,7 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), QStringList{gameFile});
     }
 
-    void installingKeepsTheOriginal()
+    void chosenFileIsCopied()
     {
         const Sandbox sandbox;
         const auto file = sandbox.home() / "own.v64";
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), QStringList{gameFile});
     }
 
-    void installingReplacesALinkOrAFolderAtThePlace()
+    void linkOrFolderInItsPlaceIsReplaced()
     {
         const Sandbox sandbox;
         const auto file = sandbox.home() / "own.z64";
@@ -62,14 +62,14 @@ private Q_SLOTS:
         QCOMPARE(readFile(Paths::gameFile()), QByteArray("new"));
     }
 
-    void installingAMissingFileIsTheSystemsOwnError_data()
+    void missingFileIsReported_data()
     {
         QTest::addColumn<bool>("keep");
         QTest::newRow("copied") << true;
         QTest::newRow("moved") << false;
     }
 
-    void installingAMissingFileIsTheSystemsOwnError()
+    void missingFileIsReported()
     {
         QFETCH(bool, keep);
         const Sandbox sandbox;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "core/Paths.h"
 #include "platform/Places.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/Sandbox.h"
 #include "support/Unprivileged.h"
 
@@ -31,7 +31,7 @@ private Q_SLOTS:
         QCOMPARE(Paths::supportIn({}), sandbox.home() / "Library/Application Support/Quillet64 Player");
     }
 
-    void namesOfTheEntries()
+    void entriesHaveTheirNames()
     {
         const Sandbox sandbox;
         QCOMPARE(Paths::ares(), Paths::support() / "Ares");
@@ -41,7 +41,7 @@ private Q_SLOTS:
         QCOMPARE(Paths::gameFile(), Paths::support() / "Quillet64.z64");
     }
 
-    void readingTheStorageFolderCreatesNothingTheFirstWorkFolderDoes()
+    void firstWorkFolderCreatesTheStorageFolder()
     {
         const Sandbox sandbox;
         const auto storage = Paths::support();
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QCOMPARE(folder.parent_path(), storage);
     }
 
-    void ensuringAnExistingFolderChangesNothing()
+    void ensureSupportKeepsAnExistingFolder()
     {
         const Sandbox sandbox;
         Paths::ensureSupport();
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(readFile(Paths::gameFile()), QByteArray("game"));
     }
 
-    void twoWorkFoldersOfOnePrefixDifferAndAreEmpty()
+    void workFoldersAreNewAndEmpty()
     {
         const Sandbox sandbox;
         const auto first = Paths::newWorkDir("download-ares");
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(fs::is_empty(second));
     }
 
-    void aWorkFolderIsNamedWithItsPrefixAndAnUpperCaseIdentifier()
+    void workFolderNameIsPrefixAndUpperCaseUuid()
     {
         const Sandbox sandbox;
         const auto name = QString::fromStdString(Paths::newWorkDir("download-ares").filename().native());
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
     }
 
-    void whatIsDiscardedIsGone()
+    void discardDeletesFilesAndFolders()
     {
         const Sandbox sandbox;
         writeFile(Paths::ares() / "ares.app/tag", "v147");
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), QStringList());
     }
 
-    void whatCannotBeTakenAwayStaysWhole()
+    void discardLeavesWhatCannotBeMovedWhole()
     {
         const Sandbox sandbox;
         writeFile(Paths::ares() / "ares.app/tag", "v147");
@@ -138,7 +138,7 @@ private Q_SLOTS:
         QCOMPARE(stays, kept);
     }
 
-    void aLinkWithTheNameOfALeftoverGoesWithoutWhatItLeadsTo()
+    void leftoverLinkIsNotFollowed()
     {
         const Sandbox sandbox;
         writeFile(sandbox.scratch() / "own/file", "own");
@@ -150,14 +150,14 @@ private Q_SLOTS:
         QCOMPARE(readFile(sandbox.scratch() / "own/file"), QByteArray("own"));
     }
 
-    void withoutAStorageFolderThereAreNoLeftovers()
+    void leftoversOfAMissingFolderAreNone()
     {
         const Sandbox sandbox;
         Paths::removeLeftovers();
         QVERIFY(!fs::exists(Paths::support()));
     }
 
-    void aFileInTheWayIsTheSystemsOwnError()
+    void fileInPlaceOfTheFolderIsReported()
     {
         const Sandbox sandbox;
         writeFile(Paths::support(), "in the way");

@@ -17,7 +17,7 @@ private Q_SLOTS:
         qunsetenv("XDG_DATA_HOME");
     }
 
-    void theHomeFolderIsTheUsers() { QCOMPARE(Places::homeFolder(), fs::path("/home/player")); }
+    void homeFolderIsTheUsers() { QCOMPARE(Places::homeFolder(), fs::path("/home/player")); }
 
     void dataLiesInTheConfiguredFolder()
     {
@@ -42,7 +42,7 @@ private Q_SLOTS:
         QCOMPARE(Places::applicationSupportFolders(), expected);
     }
 
-    void applicationsOfTheMachineComeBeforeTheUsers()
+    void machineWideApplicationsComeFirst()
     {
         QCOMPARE(Places::applicationFolders(), (std::vector<fs::path>{"/opt", "/home/player/Applications"}));
     }

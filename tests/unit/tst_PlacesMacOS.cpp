@@ -13,7 +13,7 @@ class PlacesMacOSTest : public QObject
 private Q_SLOTS:
     void init() { qputenv("HOME", "/Users/player"); }
 
-    void theHomeFolderIsTheUsers() { QCOMPARE(Places::homeFolder(), fs::path("/Users/player")); }
+    void homeFolderIsTheUsers() { QCOMPARE(Places::homeFolder(), fs::path("/Users/player")); }
 
     void dataLiesInTheLibraryWhateverOtherSystemsConfigure()
     {
@@ -22,7 +22,7 @@ private Q_SLOTS:
                  (std::vector<fs::path>{"/Users/player/Library/Application Support"}));
     }
 
-    void applicationsOfTheMachineComeBeforeTheUsers()
+    void machineWideApplicationsComeFirst()
     {
         QCOMPARE(Places::applicationFolders(),
                  (std::vector<fs::path>{"/Applications", "/Users/player/Applications"}));

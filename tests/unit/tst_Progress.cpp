@@ -17,7 +17,7 @@ class ProgressTest : public QObject
 
     std::unique_ptr<Sandbox> m_sandbox;
     AppModel::TimePoint m_now;
-    std::unique_ptr<AppModel> m_model;
+    std::shared_ptr<AppModel> m_model;
 
     QString speed() const { return ModelProbe::speedText(*m_model); }
 
@@ -26,7 +26,7 @@ private Q_SLOTS:
     {
         m_sandbox = std::make_unique<Sandbox>();
         m_now = AppModel::TimePoint(1h);
-        m_model = std::make_unique<AppModel>([this] { return m_now; });
+        m_model = AppModel::create([this] { return m_now; });
         m_model->beginProgress();
     }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
-#include "platform/WorkFolder.h"
+#include "storage/Removal.h"
+#include "storage/WorkFolder.h"
 #include "support/Failures.h"
 #include "support/Sandbox.h"
 #include "support/Unprivileged.h"
@@ -54,37 +55,36 @@ private:
 
 } // namespace
 
-/// What is removed, whatever it is, and what is not touched by that.
 class RemovalTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void removingTakesFoldersWholeAndLinksAlone()
+    void removeDoesNotFollowLinks()
     {
         const Sandbox sandbox;
         writeFile(sandbox.scratch() / "kept/file", "x");
         writeFile(sandbox.scratch() / "folder/a/b/file", "x");
         fs::create_directory_symlink(sandbox.scratch() / "kept", sandbox.scratch() / "folder/link");
         fs::create_directory_symlink(sandbox.scratch() / "kept", sandbox.scratch() / "link");
-        Files::clear(sandbox.scratch() / "folder");
-        Files::clear(sandbox.scratch() / "link");
+        Removal::remove(sandbox.scratch() / "folder");
+        Removal::remove(sandbox.scratch() / "link");
         QCOMPARE(readFile(sandbox.scratch() / "kept/file"), QByteArray("x"));
         QCOMPARE(entriesOf(sandbox.scratch()), 1);
     }
 
-    void removingNothingIsNoFailure()
+    void removeIgnoresAMissingFile()
     {
         const Sandbox sandbox;
         const auto nothing = sandbox.scratch() / "nothing";
-        QCOMPARE(errnoOf([&] { Files::clear(nothing); }), 0);
-        Files::tryRemove(nothing);
+        QCOMPARE(errnoOf([&] { Removal::remove(nothing); }), 0);
+        Removal::tryRemove(nothing);
         fs::create_symlink("nowhere", nothing);
-        Files::clear(nothing);
+        Removal::remove(nothing);
         QCOMPARE(entriesOf(sandbox.scratch()), 0);
     }
 
-    void whatIsTriedToRemoveGoesAlsoFromFoldersThatNobodyMayChange()
+    void tryRemoveDeletesReadOnlyFolders()
     {
         const Sandbox sandbox;
         writeFile(sandbox.scratch() / "kept/file", "x");
@@ -95,19 +95,19 @@ private Q_SLOTS:
         fs::create_directory_symlink(sandbox.scratch() / "kept", tree / "outer/link");
         fs::permissions(sandbox.scratch() / "tree/outer/inner", fs::perms::owner_read);
         fs::permissions(sandbox.scratch() / "tree/outer", fs::perms::none);
-        Files::tryRemove(tree);
+        Removal::tryRemove(tree);
         QVERIFY(!fs::exists(tree));
         QCOMPARE(readFile(sandbox.scratch() / "kept/file"), QByteArray("x"));
     }
 
-    void whatIsTriedToRemoveMayBeAnyNumberOfFoldersDeep_data()
+    void tryRemoveDeletesFoldersNestedBeyondTheLimits_data()
     {
         QTest::addColumn<int>("length");
         for (const int length : {1, 59, 255})
             QTest::addRow("names of %d", length) << length;
     }
 
-    void whatIsTriedToRemoveMayBeAnyNumberOfFoldersDeep()
+    void tryRemoveDeletesFoldersNestedBeyondTheLimits()
     {
         QFETCH(const int, length);
         const Sandbox sandbox;
@@ -119,11 +119,11 @@ private Q_SLOTS:
         std::error_code failure;
         fs::remove_all(tree, failure);
         QCOMPARE(failure.value(), EMFILE);
-        Files::tryRemove(tree);
+        Removal::tryRemove(tree);
         QCOMPARE(entriesOf(sandbox.scratch()), 0);
     }
 
-    void aWorkFolderGoesWithItsScope()
+    void workFolderIsDeletedAtTheEndOfItsScope()
     {
         const Sandbox sandbox;
         const auto path = sandbox.scratch() / "work";

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/Unpacking.h"
-#include "game/AppError.h"
+#include "errors/AppError.h"
+#include "errors/PlatformError.h"
 #include "support/AresBundle.h"
 #include "support/Failures.h"
-#include "support/Sandbox.h"
+#include "support/StandInTool.h"
 #include "support/ZipWriter.h"
 
 #include <QtTest>
@@ -13,40 +14,27 @@
 namespace fs = std::filesystem;
 using namespace cartloom;
 
+/// How the end of the archive tool is reported. What the real tool makes of damaged archives is tested with
+/// whole flows.
 class UnpackingTest : public QObject
 {
     Q_OBJECT
 
-    const QByteArray m_path = qgetenv("PATH");
     std::unique_ptr<Sandbox> m_sandbox;
 
     fs::path folder() const { return m_sandbox->scratch() / "folder"; }
 
-    void unpack(const fs::path& archive) const { unzip(archive, folder()); }
-
-    /// What the tool that was replaced is given.
-    std::optional<AppError> unpackFailure() const
+    /// The failure of a tool that does what the script says.
+    std::optional<AppError> failureOfTool(const QStringList& script) const
     {
-        writeFile(m_sandbox->scratch() / "any.zip", zipOf({}));
-        return unpackFailure(m_sandbox->scratch() / "any.zip");
-    }
-
-    std::optional<AppError> unpackFailure(const fs::path& archive) const
-    {
+        const StandInTool tool(m_sandbox->scratch() / "tools", "exec '" SCRIPTED_CHILD "'");
+        scriptChild(script);
+        const auto archive = m_sandbox->scratch() / "any.zip";
+        writeFile(archive, zipOf({}));
         return failureOf<AppError>([&] {
-            unpack(archive);
+            unzip(archive, folder(), {});
             return 0;
         });
-    }
-
-    /// The scripted child stands in for the archive tool.
-    void replaceTool(const QStringList& script) const
-    {
-        const auto tools = m_sandbox->scratch() / "tools";
-        fs::create_directories(tools);
-        fs::rename(makeAresApp(tools) / "Contents/MacOS/ares", tools / "bsdtar");
-        qputenv("PATH", QByteArray::fromStdString(tools.native()));
-        scriptChild(script);
     }
 
 private Q_SLOTS:
@@ -56,97 +44,81 @@ private Q_SLOTS:
         fs::create_directories(folder());
     }
 
-    void cleanup()
-    {
-        qputenv("PATH", m_path);
-        m_sandbox.reset();
-    }
+    void cleanup() { m_sandbox.reset(); }
 
-    void aRealArchiveIsUnpackedWithItsPermissions()
+    void archiveIsUnpackedAndDeleted()
     {
         const auto archive = m_sandbox->scratch() / "a \"quoted\" name.zip";
         makeAresApp(m_sandbox->scratch() / "tree");
         zipFolder(m_sandbox->scratch() / "tree", archive);
-        unpack(archive);
+        unzip(archive, folder(), {});
         const auto program = folder() / "ares.app/Contents/MacOS/ares";
-        QVERIFY(fs::exists(program));
         QVERIFY((fs::status(program).permissions() & fs::perms::owner_exec) != fs::perms::none);
+        QVERIFY(!fs::exists(archive));
     }
 
-    void anArchiveThatIsCutOffIsRefused()
+    void failedToolIsReportedWithItsErrorText_data()
     {
-        const auto archive = m_sandbox->scratch() / "archive.zip";
-        makeAresApp(m_sandbox->scratch() / "tree");
-        zipFolder(m_sandbox->scratch() / "tree", archive);
-        fs::resize_file(archive, fs::file_size(archive) / 2);
-        const auto failure = unpackFailure(archive).value();
-        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
-        QCOMPARE(failure.details, QStringLiteral("The archive has no end."));
+        QTest::addColumn<QStringList>("script");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("details");
+        const auto full = QStringLiteral("Your disk is full. Free some space and try again.");
+        const auto damaged = QStringLiteral("Could not unpack Ares. The download may be damaged.");
+        const auto failed = QStringLiteral("exit 1");
+        QTest::newRow("no space, in any letter case")
+            << QStringList{QStringLiteral("err bsdtar: No Space Left on device"), failed} << full
+            << QStringLiteral("bsdtar: No Space Left on device\n");
+        QTest::newRow("another text") << QStringList{QStringLiteral("err bsdtar: Something Else"), failed}
+                                      << damaged << QStringLiteral("bsdtar: Something Else\n");
+        QTest::newRow("ended by a signal") << QStringList{QStringLiteral("signal 9")} << damaged << QString();
+        QTest::newRow("not UTF-8") << QStringList{QStringLiteral("err-hex 6E6F20737061636520FF"), failed}
+                                   << damaged << QString();
     }
 
-    void whatTheToolComplainsOfIsInTheDetails()
+    void failedToolIsReportedWithItsErrorText()
     {
-        const auto archive = m_sandbox->scratch() / "archive.zip";
-        ZipEntry damaged = zipProgram();
-        damaged.checksum = 1;
-        writeFile(archive, zipOf({damaged}));
-        const auto failure = unpackFailure(archive).value();
-        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
-        QVERIFY2(failure.details.contains(QStringLiteral("CRC")), qPrintable(failure.details));
+        QFETCH(const QStringList, script);
+        QFETCH(const QString, message);
+        QFETCH(const QString, details);
+        const auto failure = failureOfTool(script).value();
+        QCOMPARE(failure.message, message);
+        QCOMPARE(failure.details, details);
     }
 
-    void noSpaceLeftInAnyLetterCaseIsAFullDisk()
+    void errorTextOfASuccessfulToolIsIgnored()
     {
-        replaceTool({QStringLiteral("err bsdtar: No Space Left on device"), QStringLiteral("exit 1")});
-        const auto failure = unpackFailure().value();
-        QCOMPARE(failure.message, QStringLiteral("Your disk is full. Free some space and try again."));
-        QCOMPARE(failure.details, QStringLiteral("bsdtar: No Space Left on device\n"));
+        QVERIFY(!failureOfTool({QStringLiteral("err no space"), QStringLiteral("exit 0")}));
     }
 
-    void anyOtherTextIsADamagedDownload()
+    void endlessErrorTextIsReadAndCut()
     {
-        replaceTool({QStringLiteral("err bsdtar: Something Else"), QStringLiteral("exit 1")});
-        const auto failure = unpackFailure().value();
-        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
-        QCOMPARE(failure.details, QStringLiteral("bsdtar: Something Else\n"));
+        const auto details =
+            failureOfTool({QStringLiteral("err-bytes 5000000"), QStringLiteral("exit 1")})->details;
+        QVERIFY(details.startsWith(QStringLiteral("abc")));
+        QVERIFY(details.size() < 100'000);
     }
 
-    void aToolThatDiesByASignalHasFailed()
+    void firedTokenIsACancellation()
     {
-        replaceTool({QStringLiteral("signal 9")});
-        QCOMPARE(unpackFailure().value().details, QString());
+        const auto archive = m_sandbox->scratch() / "any.zip";
+        writeFile(archive, zipOf({zipProgram()}));
+        const CancellationSource source;
+        source.cancel();
+        QVERIFY(failureOf<CancellationError>([&] {
+            unzip(archive, folder(), source.token());
+            return 0;
+        }));
     }
 
-    void aTextThatIsNotUtf8ReadsAsEmpty()
-    {
-        replaceTool({QStringLiteral("err-hex 6E6F20737061636520FF"), QStringLiteral("exit 1")});
-        const auto failure = unpackFailure().value();
-        QCOMPARE(failure.message, QStringLiteral("Could not unpack Ares. The download may be damaged."));
-        QCOMPARE(failure.details, QString());
-    }
-
-    void aComplaintWithoutFailureIsIgnored()
-    {
-        replaceTool({QStringLiteral("err no space"), QStringLiteral("exit 0")});
-        QVERIFY(!unpackFailure());
-    }
-
-    void aToolThatComplainsWithoutEndIsReadToItsEnd()
-    {
-        replaceTool({QStringLiteral("err-bytes 5000000"), QStringLiteral("exit 1")});
-        QVERIFY(unpackFailure()->details.startsWith(QStringLiteral("abc")));
-    }
-
-    void aToolThatIsMissingIsTheSystemsOwnError()
+    void missingToolIsTheSystemsOwnError()
     {
         const auto archive = m_sandbox->scratch() / "any.zip";
         writeFile(archive, zipOf({}));
+        const auto path = qgetenv("PATH");
         qputenv("PATH", "/nowhere");
-        const auto failure = failureOf<std::system_error>([&] {
-            unpack(archive);
-            return 0;
-        });
-        QCOMPARE(failure.value().code().value(), ENOENT);
+        const int number = errnoOf([&] { unzip(archive, folder(), {}); });
+        qputenv("PATH", path);
+        QCOMPARE(number, ENOENT);
     }
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/Checked.h"
 #include "support/FaultTest.h"
 #include "support/ZipWriter.h"
 
@@ -17,41 +18,41 @@ protected:
     static inline const auto withoutApp =
         QStringLiteral("The Ares download did not contain ares.app. Please try again.");
 
-    /// The emulator, complete but small, and before it these entries.
+    /// The entries, followed by a complete emulator.
     static QByteArray before(std::vector<ZipEntry> entries)
     {
         entries.push_back(zipProgram());
         return zipOf(entries);
     }
 
-    /// Checks that the archive is refused with this sentence and with details that tell this, that nothing
-    /// has changed, and that the next press plays: the good release, or the copy before the update.
+    /// Checks, for a first installation and for an update, that the archive is refused, that nothing has
+    /// changed and that the next press plays. Empty details are expected if none are told.
     void isRefused(const QByteArray& zip, const QString& told, const QString& sentence = damaged)
     {
         saveGame();
         restart();
         m_sites->publish(zip);
-        press();
-        wasRefused(told, sentence);
-        nextPressPlays();
+        CHECKED(press());
+        CHECKED(wasRefused(told, sentence));
+        CHECKED(nextPressPlays());
         QCOMPARE(installedTag(), QByteArray("v147"));
 
         m_sites->publish(zip, "v148");
-        update();
-        wasRefused(told, sentence);
-        pressPlays();
+        CHECKED(update());
+        CHECKED(wasRefused(told, sentence));
+        CHECKED(pressPlays());
         QCOMPARE(installedTag(), QByteArray("v147"));
         QCOMPARE(m_model->aresVersion(), QStringLiteral("v147"));
     }
 
-    /// Checks that the archive is installed and played, and that nothing outside has changed.
+    /// Checks that the archive is installed and played and that nothing outside has changed.
     void isTaken(const QByteArray& zip)
     {
         saveGame();
         restart();
         remember();
         m_sites->publish(zip);
-        pressPlays();
+        CHECKED(pressPlays());
         QCOMPARE(m_model->aresVersion(), QStringLiteral("v147"));
         m_model->reset();
         saveGame();
@@ -63,7 +64,7 @@ private:
     {
         const QString details = m_model->errorDetails();
         QVERIFY2(details.contains(told) && told.isEmpty() == details.isEmpty(), qPrintable(details));
-        shows({sentence, details});
+        CHECKED(shows({sentence, details}));
         nothingChanged();
     }
 };

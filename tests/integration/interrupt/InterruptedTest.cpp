@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "InterruptedTest.h"
 
-#include "core/Paths.h"
+#include "storage/Paths.h"
 #include "support/AresBundle.h"
 
 namespace fs = std::filesystem;

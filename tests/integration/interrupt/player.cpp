@@ -7,10 +7,11 @@
 //   games       every game file that there may be
 // and the emulator's program writes its tag to SCRATCH/played and then waits for SCRATCH/go.
 #include "core/AppModel.h"
-#include "core/Paths.h"
 #include "emulator/AresInstaller.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
+#include "storage/Removal.h"
 #include "support/ModelProbe.h"
 #include "support/ResultOf.h"
 #include "support/TestOrigins.h"
@@ -122,7 +123,7 @@ private:
     void startPlaying()
     {
         for (const auto* mark : {"played", "go"})
-            Files::tryRemove(m_scratch / mark);
+            Removal::tryRemove(m_scratch / mark);
         m_model.play();
         const bool comes = QTest::qWaitFor(
             [this] {
@@ -175,7 +176,8 @@ private:
     }
 
     const fs::path m_scratch;
-    AppModel m_model;
+    const std::shared_ptr<AppModel> m_modelOwner = AppModel::create();
+    AppModel& m_model = *m_modelOwner;
 };
 
 } // namespace

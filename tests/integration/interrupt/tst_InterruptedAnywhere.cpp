@@ -14,7 +14,7 @@ class InterruptedAnywhereTest : public InterruptedTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void afterwardsTheNextPressPlays_data()
+    void nextPressPlays_data()
     {
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QByteArray>("with");
@@ -27,7 +27,7 @@ private Q_SLOTS:
         }
     }
 
-    void afterwardsTheNextPressPlays()
+    void nextPressPlays()
     {
         QFETCH(const QString, operation);
         QFETCH(const QByteArray, with);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "InterruptedTest.h"
 
-#include "core/Paths.h"
 #include "platform/Text.h"
+#include "storage/Paths.h"
 #include "support/TreeText.h"
 
 #include <QRegularExpression>
@@ -128,7 +128,7 @@ class InterruptedStepTest : public InterruptedTest
     }
 
 private Q_SLOTS:
-    void theMoveOfTheInstalledCopyFails()
+    void failedMoveAsideKeepsTheInstalledCopy()
     {
         prepare(QStringLiteral("update"));
         const auto end = run(QStringLiteral("update"),
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
     }
 
-    void theMoveOfTheNewCopyFailsAndTheOldOneIsPutBack()
+    void failedMoveIntoPlaceRestoresTheInstalledCopy()
     {
         prepare(QStringLiteral("update"));
         const auto end = run(QStringLiteral("update"),
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
     }
 
-    void neitherMoveIntoPlaceSucceedsAndTheOldCopyStaysAside()
+    void failedRestoreLeavesTheKeptCopy()
     {
         prepare(QStringLiteral("update"));
         const auto end =
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
     }
 
-    void theTagCannotBeRecordedAndTheUpdateIsDoneAllTheSame()
+    void unrecordedTagIsNoFailure()
     {
         prepare(QStringLiteral("update"));
         const auto end =
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), unproven);
     }
 
-    void theInstalledCopyCannotBeFoundAndTheSwapStays()
+    void unreadableNewCopyStaysInstalled()
     {
         prepare(QStringLiteral("update"));
         const auto listing = "list " + QByteArray::fromStdString(Paths::ares().native());
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
     }
 
-    void theFailedCopyCannotBeMovedAndNothingIsRolledBack()
+    void failedRollbackChangesNothing()
     {
         prepare(QStringLiteral("rollback"));
         const auto end = run(QStringLiteral("rollback"),
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), unproven);
     }
 
-    void theKeptCopyCannotBePutBackAndTheNextPressPutsItBack()
+    void interruptedRollbackIsFinishedByTheNextPress()
     {
         prepare(QStringLiteral("rollback"));
         const auto end = run(QStringLiteral("rollback"),
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QVERIFY(holds(Paths::ares(), "v146"));
     }
 
-    void noStepEscapesTheCounter_data()
+    void everyChangeIsCounted_data()
     {
         QTest::addColumn<QString>("operation");
         for (const auto* operation :
@@ -241,7 +241,7 @@ private Q_SLOTS:
             QTest::addRow("66 %s", operation) << QString::fromLatin1(operation);
     }
 
-    void noStepEscapesTheCounter()
+    void everyChangeIsCounted()
     {
         QFETCH(const QString, operation);
         const auto strace = QStandardPaths::findExecutable(QStringLiteral("strace"));

@@ -37,7 +37,6 @@ CHANGES = {
 OPENS = {"open": (None, 0, 1), "openat": (0, 1, 2), "openat2": (0, 1, 2)}
 WRITING = re.compile(r"O_(WRONLY|RDWR|CREAT|TRUNC|APPEND|TMPFILE)\b")
 ADDRESS = re.compile(r'sin6?_port=htons\((\d+)\).*?"([^"]+)"')
-MEMORY = {"mmap": 2, "mprotect": 2, "pkey_mprotect": 2}
 
 
 class Permitted:
@@ -78,24 +77,12 @@ class Thread:
         self.complaints, self.reached, self.own, self.started, self.changed = [], [], [], [], []
         self.connections = set()
         folder = Folder(start_folder)
-        open_to_both = None
         for call in calls:
             folder.follow(call)
             self._files(call, permitted, folder)
             self._network(call, permitted)
             if call.name == "execve" and call.result == "0":
                 self.started.append(text_of(call.arguments[0]))
-            # Memory for both may be tried for, and given back with the very next of these calls.
-            if open_to_both and (call.name in MEMORY or call.name == "munmap"):
-                if call.name != "munmap" or call.arguments[0] != open_to_both:
-                    self.complaints.append("memory both writable and executable: " + open_to_both)
-                open_to_both = None
-            if call.name in MEMORY and call.result != "-1":
-                protection = call.arguments[MEMORY[call.name]]
-                if "PROT_WRITE" in protection and "PROT_EXEC" in protection:
-                    open_to_both = call.result if call.name == "mmap" else call.arguments[0]
-        if open_to_both:
-            self.complaints.append("memory both writable and executable: " + open_to_both)
 
     def _files(self, call, permitted, folder):
         for path in written(call, folder):

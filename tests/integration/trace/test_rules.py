@@ -80,17 +80,5 @@ class Network(unittest.TestCase):
         self.assertEqual(len(thread(line).complaints), 1)
 
 
-class Memory(unittest.TestCase):
-    MAPPED = "mmap(NULL, 4096, PROT_READ|PROT_WRITE|PROT_EXEC, MAP_PRIVATE|MAP_ANONYMOUS, -1, 0) = 0x7f00"
-
-    def test_memory_for_both_is_noticed(self):
-        self.assertEqual(len(thread(self.MAPPED).complaints), 1)
-        self.assertEqual(len(thread(self.MAPPED, "munmap(0x7e00, 4096) = 0").complaints), 1)
-        self.assertEqual(len(thread("mprotect(0x7f00, 9, PROT_READ|PROT_WRITE|PROT_EXEC) = 0").complaints), 1)
-
-    def test_memory_given_back_at_once_is_not(self):
-        self.assertEqual(thread(self.MAPPED, "munmap(0x7f00, 4096) = 0").complaints, [])
-
-
 if __name__ == "__main__":
     unittest.main()

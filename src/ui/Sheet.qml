@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Templates as T
+import Cartloom
+
+/// A modal dialog in the middle of the dimmed page, open for as long as it exists.
+T.Dialog {
+    parent: T.Overlay.overlay
+    anchors.centerIn: parent
+    padding: 20
+    modal: true
+    focus: true
+    visible: true
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+    }
+
+    background: SmoothRectangle {
+        radius: 14
+        fillColor: Theme.raised
+        strokeColor: Theme.raisedEdge
+        strokeWidth: 1
+    }
+}
