@@ -19,7 +19,7 @@ namespace cartloom
 namespace
 {
 
-/// Forces Qt's font database to load, in parallel with the QML compiler.
+/// Forces Qt's font database to load, while Qt reads the QML files.
 void findFonts()
 {
     static_cast<void>(QFontMetrics(QGuiApplication::font()).height());

@@ -167,12 +167,11 @@ Rectangle {
         }
     }
 
+    // Named by its file, not its type: the toolkit's dialogs would be loaded at the start.
     Loader {
         objectName: "filePanel"
         active: page.model.openPanel.isOpen
-        sourceComponent: FilePanel {
-            panel: page.model.openPanel
-        }
+        onActiveChanged: if (active) setSource("FilePanel.qml", {panel: page.model.openPanel})
     }
     // qmllint enable unqualified
 }

@@ -14,12 +14,18 @@ Column {
 
     visible: failed || noticed
 
-    ErrorBox {
+    // The font of its details is not looked for at the start. Qt 6.5 can tell qmllint that "area" is bound.
+    // qmllint disable unqualified
+    Loader {
         objectName: "errorBox"
         width: parent.width
-        visible: area.failed
-        model: area.model
+        active: area.failed
+        visible: active
+        sourceComponent: ErrorBox {
+            model: area.model
+        }
     }
+    // qmllint enable unqualified
 
     Label {
         objectName: "notice"
