@@ -26,6 +26,15 @@
 namespace cartloom
 {
 
+/// Which copy of the emulator a run starts, decided before the start.
+struct StartedAres
+{
+    /// False for a copy that the player installed, which is never committed and never replaced.
+    bool isOwn = false;
+    /// True if the copy has not proven itself since an update.
+    bool justUpdated = false;
+};
+
 /// Everything that the window shows and everything that the player can do. The application creates the one
 /// instance and owns it; a running flow keeps it alive. Main thread. No operation throws: failures end in the
 /// message fields.
@@ -170,7 +179,7 @@ public:
     [[nodiscard]] QCoro::Task<void> runFlow(std::optional<std::filesystem::path> customROM,
                                             bool allowExternalOffer, CancellationToken token);
     /// Commits or rolls back an update by how the emulator ended. Called once per run.
-    void didExit(const LaunchResult& result, bool justUpdated);
+    void didExit(const LaunchResult& result, StartedAres started);
 
     // Shared by the operations.
 
@@ -225,13 +234,13 @@ private:
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadGame(CancellationToken token);
     [[nodiscard]] std::filesystem::path checkedSavedGame();
     void launchAres(const std::optional<std::filesystem::path>& app,
-                    const std::optional<std::filesystem::path>& rom);
+                    const std::optional<std::filesystem::path>& rom, StartedAres started);
     [[nodiscard]] QCoro::Task<void> lookForUpdate();
     [[nodiscard]] QCoro::Task<void> runUpdate(AresRelease release, CancellationToken token);
     void addGameFile(const std::filesystem::path& file);
     void playROM(const std::filesystem::path& rom);
     void showError(const AppError& error);
-    void failFlow(const std::exception& error, Step step);
+    void failFlow(const std::exception& error, Step step, StartedAres started);
     void endProgress();
 
     const Clock m_clock;

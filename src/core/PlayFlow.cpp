@@ -35,12 +35,15 @@ QString firstLines(const QString& text)
     return text.split(u'\n', Qt::SkipEmptyParts).mid(0, maxQuotedLines).join(u'\n');
 }
 
-/// True if the system refuses permission, which the player can grant.
-bool isForbidden(const std::exception& error)
+StartedAres copyToStart(const std::optional<std::filesystem::path>& app)
 {
-    const auto* const failure = dynamic_cast<const std::system_error*>(&error);
-    return failure && (failure->code() == std::errc::permission_denied ||
-                       failure->code() == std::errc::operation_not_permitted);
+    const bool isOwn = app && app->native().starts_with(Paths::ares().native() + '/');
+    return {.isOwn = isOwn, .justUpdated = isOwn && Files::exists(Paths::aresOld())};
+}
+
+QString putBack()
+{
+    return QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.");
 }
 
 /// For waits that a cancellation does not end.
@@ -67,6 +70,7 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
                                     CancellationToken token)
 {
     Step step = Step::gettingAres;
+    StartedAres started;
     try {
         if (AresInstaller::recover())
             refreshState();
@@ -90,9 +94,10 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
         }
 
         step = Step::startingAres;
-        launchAres(app, rom);
+        started = copyToStart(app);
+        launchAres(app, rom, started);
     } catch (const std::exception& error) {
-        failFlow(error, step);
+        failFlow(error, step, started);
     }
 }
 
@@ -141,21 +146,20 @@ std::filesystem::path AppModel::checkedSavedGame()
 }
 
 void AppModel::launchAres(const std::optional<std::filesystem::path>& app,
-                          const std::optional<std::filesystem::path>& rom)
+                          const std::optional<std::filesystem::path>& rom, StartedAres started)
 {
     if (!app || !rom)
         throw AppError(QStringLiteral("Ares or the game could not be found."));
     stage = Stage::starting;
     endProgress();
-    const bool justUpdated = Files::exists(Paths::aresOld());
     m_launcher.launch(
-        *app, *rom, fullscreen(), [model = weak_from_this(), justUpdated](const LaunchResult& result) {
-            postTo(model, [result, justUpdated](AppModel& present) { present.didExit(result, justUpdated); });
+        *app, *rom, fullscreen(), [model = weak_from_this(), started](const LaunchResult& result) {
+            postTo(model, [result, started](AppModel& present) { present.didExit(result, started); });
         });
     stage = Stage::playing;
 }
 
-void AppModel::failFlow(const std::exception& error, Step step)
+void AppModel::failFlow(const std::exception& error, Step step, StartedAres started)
 {
     stage = Stage::idle;
     endProgress();
@@ -164,31 +168,31 @@ void AppModel::failFlow(const std::exception& error, Step step)
     } else {
         AppError shown = FriendlyError::make(error, phraseFor(step));
         const bool refusedBySystem = step == Step::startingAres && !dynamic_cast<const AppError*>(&error);
-        if (refusedBySystem)
+        // Any other failure may pass, and says nothing about the update.
+        if (started.justUpdated && Launcher::isProgramsOwnFailure(error) && AresInstaller::rollback())
+            shown.message += putBack();
+        else if (refusedBySystem)
             shown.message += QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy "
                                             "and Security, scroll down and click Open Anyway next to ares.");
         showError(shown);
-        // An update that cannot be started must not stand in the way of the copy that could, unless it waits
-        // for the player to permit it.
-        if (step == Step::startingAres && !isForbidden(error) && !usingExternalAres())
-            AresInstaller::rollback();
     }
     refreshState();
 }
 
-void AppModel::didExit(const LaunchResult& result, bool justUpdated)
+void AppModel::didExit(const LaunchResult& result, StartedAres started)
 {
     stage = Stage::idle;
     if (isGoodRun(result)) {
-        runInBackground([](const CancellationToken&) { return AresInstaller::discardOldCopy(); });
+        if (started.isOwn)
+            runInBackground([](const CancellationToken&) { return AresInstaller::discardOldCopy(); });
         return;
     }
 
     QString message = QStringLiteral("Ares stopped right away (exit code %1).").arg(result.status);
     if (const QString quoted = firstLines(result.errorText); !quoted.isEmpty())
         message += QStringLiteral("\n\n") + quoted;
-    if (justUpdated && AresInstaller::rollback()) {
-        message += QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.");
+    if (started.justUpdated && AresInstaller::rollback()) {
+        message += putBack();
         refreshState();
     } else {
         message += QStringLiteral("\n\nIf macOS blocked it, open System Settings, then Privacy and Security, "

@@ -50,6 +50,7 @@ QCoro::Task<void> AppModel::runUpdate(AresRelease release, CancellationToken tok
     stage = Stage::gettingAres;
     beginProgress();
     try {
+        AresInstaller::recover();
         co_await AresInstaller::install(release, progressCallback(), token, m_timeouts);
         notice = QStringLiteral("Ares ") + release.tagName +
                  QStringLiteral(" is installed. The old copy is kept until the new one has started once.");

@@ -20,16 +20,20 @@ namespace cartloom::AresInstaller
 /// what the network reports and for a cancellation. Main thread.
 [[nodiscard]] QCoro::Task<AresRelease> fetchLatest(CancellationToken token = {}, Timeouts timeouts = {});
 
-/// Downloads, checks and unpacks a release and swaps it into place; returns the installed ares.app. The
-/// previous copy is kept until discardOldCopy or rollback. A cancellation before the swap changes nothing; a
-/// swap that has begun is finished. Throws AppError, PlatformError, CancellationError and std::system_error;
-/// then the installed copy is as it was, and no work folder stays. Main thread; progress is called from a
-/// worker thread.
+/// Downloads, checks and unpacks a release and swaps it into place; returns the installed ares.app. A folder
+/// that holds ares.app is a copy: the previous one is kept until discardOldCopy or rollback. A cancellation
+/// before the swap changes nothing; a swap that has begun is finished. Throws AppError, PlatformError,
+/// CancellationError and std::system_error; then the installed copy is as it was, and no work folder stays.
+/// Main thread; progress is called from a worker thread.
 [[nodiscard]] QCoro::Task<std::filesystem::path> install(AresRelease release, ProgressCallback progress,
                                                          CancellationToken token, Timeouts timeouts = {});
 
 /// The first ares.app under a folder, in the order of the names, at most five levels down.
 [[nodiscard]] std::optional<std::filesystem::path> findApp(const std::filesystem::path& folder);
+
+/// True if findApp finds one. Throws std::system_error if it does not and a part of the folder cannot be
+/// read.
+[[nodiscard]] bool holdsApp(const std::filesystem::path& folder);
 
 /// The tag of the installed release, if one is recorded.
 [[nodiscard]] std::optional<QString> installedVersion();
@@ -39,8 +43,8 @@ namespace cartloom::AresInstaller
 QCoro::Task<void> discardOldCopy();
 
 /// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
-/// a rollback, this program was ended, or ares.app was taken out of its folder. Whether there was one to put
-/// back. Never fails.
+/// a rollback, this program was ended, or ares.app was taken out of its folder. True if one was put back.
+/// What cannot be read stays as it is. Never fails.
 bool recover();
 
 /// Puts the copy that was kept back in place of the installed one; false when there was none or it could not

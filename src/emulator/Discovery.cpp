@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 
 #include <algorithm>
+#include <system_error>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -20,45 +21,73 @@ constexpr auto bundleName = "ares.app";
 /// bundle.
 constexpr int deepestSearch = 5;
 
-/// The entries that are not hidden, by name, so that the result does not depend on the file system. Empty for
-/// a folder that cannot be read.
-std::vector<fs::directory_entry> visibleEntries(const fs::path& folder)
+/// A walk for the bundle. Folders that cannot be read are skipped, and the last failure is kept.
+class Search
 {
-    std::vector<fs::directory_entry> entries;
-    std::error_code unreadable;
-    for (fs::directory_iterator it(folder, unreadable), end; !unreadable && it != end;
-         it.increment(unreadable)) {
-        if (it->path().filename().native().front() != '.')
-            entries.push_back(*it);
-    }
-    std::ranges::sort(entries);
-    return entries;
-}
-
-bool isRealFolder(const fs::directory_entry& entry)
-{
-    std::error_code unreadable;
-    return fs::is_directory(entry.symlink_status(unreadable));
-}
-
-std::optional<fs::path> search(const fs::path& folder, int depth)
-{
-    for (const auto& entry : visibleEntries(folder)) {
-        if (entry.path().filename() == bundleName)
-            return entry.path();
-        if (depth < deepestSearch && isRealFolder(entry)) {
-            if (auto found = search(entry.path(), depth + 1))
-                return found;
+public:
+    std::optional<fs::path> run(const fs::path& folder, int depth = 1)
+    {
+        for (const auto& entry : visibleEntries(folder)) {
+            if (entry.path().filename() == bundleName)
+                return entry.path();
+            if (depth < deepestSearch && isRealFolder(entry)) {
+                if (auto found = run(entry.path(), depth + 1))
+                    return found;
+            }
         }
+        return std::nullopt;
     }
-    return std::nullopt;
-}
+
+    [[nodiscard]] const std::error_code& failure() const { return m_failure; }
+
+private:
+    /// The entries that are not hidden, by name, so that the result does not depend on the file system.
+    std::vector<fs::directory_entry> visibleEntries(const fs::path& folder)
+    {
+        std::vector<fs::directory_entry> entries;
+        std::error_code unreadable;
+        for (fs::directory_iterator it(folder, unreadable), end; !unreadable && it != end;
+             it.increment(unreadable)) {
+            if (it->path().filename().native().front() != '.')
+                entries.push_back(*it);
+        }
+        keep(unreadable);
+        std::ranges::sort(entries);
+        return entries;
+    }
+
+    bool isRealFolder(const fs::directory_entry& entry)
+    {
+        std::error_code unreadable;
+        const auto status = entry.symlink_status(unreadable);
+        keep(unreadable);
+        return fs::is_directory(status);
+    }
+
+    void keep(const std::error_code& failure)
+    {
+        if (failure)
+            m_failure = failure;
+    }
+
+    std::error_code m_failure;
+};
 
 } // namespace
 
 std::optional<fs::path> findApp(const fs::path& folder)
 {
-    return search(folder, 1);
+    return Search().run(folder);
+}
+
+bool holdsApp(const fs::path& folder)
+{
+    Search search;
+    if (search.run(folder))
+        return true;
+    if (search.failure() && search.failure() != std::errc::no_such_file_or_directory)
+        throw std::system_error(search.failure());
+    return false;
 }
 
 std::optional<fs::path> externalApp()

@@ -63,14 +63,22 @@ void unpack(const std::filesystem::path& archive, const CancellationToken& token
     }
 }
 
-/// Makes the unpacked copy the installed one and keeps the one before it.
+/// Keeps the installed copy. A kept copy without an installed one is the only one, and stays the kept one.
+void makeRoom()
+{
+    const bool isInstalled = holdsApp(Paths::ares());
+    if (isInstalled || !holdsApp(Paths::aresOld()))
+        Paths::discard(Paths::aresOld());
+    if (isInstalled)
+        Files::move(Paths::ares(), Paths::aresOld());
+    else
+        Paths::discard(Paths::ares());
+}
+
+/// Makes the unpacked copy the installed one.
 void swapIntoPlace()
 {
-    // A kept copy without an installed one is the only copy that there is, and stays the kept one.
-    if (Files::exists(Paths::ares())) {
-        Paths::discard(Paths::aresOld());
-        Files::move(Paths::ares(), Paths::aresOld());
-    }
+    makeRoom();
     try {
         Files::move(Paths::aresNew(), Paths::ares());
     } catch (const std::system_error&) {
@@ -144,13 +152,13 @@ QCoro::Task<void> discardOldCopy()
 
 bool recover()
 {
-    if (findApp(Paths::ares()) || !findApp(Paths::aresOld()))
-        return false;
-    Paths::discard(Paths::ares());
     try {
+        if (holdsApp(Paths::ares()) || !findApp(Paths::aresOld()))
+            return false;
+        Paths::discard(Paths::ares());
         Files::move(Paths::aresOld(), Paths::ares());
     } catch (const std::system_error&) {
-        // Then it stays the kept copy, and another one is downloaded.
+        // Then it stays the kept copy.
         return false;
     }
     return true;
@@ -158,7 +166,7 @@ bool recover()
 
 bool rollback()
 {
-    if (!Files::exists(Paths::aresOld()))
+    if (!findApp(Paths::aresOld()))
         return false;
     const auto failed = Paths::support() / ("Ares-failed-" + Paths::newIdentifier());
     try {

@@ -2,7 +2,6 @@
 #include "emulator/Launcher.h"
 
 #include "emulator/Bundle.h"
-#include "errors/AppError.h"
 #include "platform/ErrorStream.h"
 #include "platform/Text.h"
 
@@ -38,7 +37,7 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
 {
     const auto program = Bundle::executable(app);
     if (!program)
-        throw AppError(QStringLiteral("Could not find the program inside ares.app."), toText(app));
+        throw MissingProgram(QStringLiteral("Could not find the program inside ares.app."), toText(app));
 
     // All that may fail comes before the start: an emulator that runs is one that is watched. The watcher may
     // outlive this object and even the event loop, so it holds all that it touches.
@@ -62,6 +61,13 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
         throw;
     }
     started.set_value(m_process);
+}
+
+bool Launcher::isProgramsOwnFailure(const std::exception& error)
+{
+    const auto* const refused = dynamic_cast<const std::system_error*>(&error);
+    return refused ? ChildProcess::isUnusable(refused->code())
+                   : dynamic_cast<const MissingProgram*>(&error) != nullptr;
 }
 
 } // namespace cartloom

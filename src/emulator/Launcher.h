@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "errors/AppError.h"
 #include "platform/ChildProcess.h"
 
 #include <QString>
 
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -23,6 +25,12 @@ struct LaunchResult
     QString errorText;
 };
 
+/// The emulator's bundle holds no program.
+struct MissingProgram : AppError
+{
+    using AppError::AppError;
+};
+
 /// Starts the emulator and watches it. The emulator is the player's from then on: nothing here ends it, and
 /// it outlives this program.
 class Launcher
@@ -31,11 +39,13 @@ public:
     using ExitCallback = std::function<void(const LaunchResult&)>;
 
     /// Starts the emulator in an ares.app bundle with a game and returns as soon as it runs. The callback is
-    /// called exactly once per start that succeeded, on a thread of its own. Throws AppError when the bundle
-    /// holds no program, and std::system_error when the program cannot be started; then the callback is never
-    /// called. Main thread.
+    /// called exactly once per start that succeeded, on a thread of its own. Throws MissingProgram, and
+    /// std::system_error when the program cannot be started; then the callback is never called. Main thread.
     void launch(const std::filesystem::path& app, const std::filesystem::path& rom, bool fullscreen,
                 ExitCallback onExit);
+
+    /// True if a start failed because of the program itself, which no other attempt changes.
+    [[nodiscard]] static bool isProgramsOwnFailure(const std::exception& error);
 
     /// The emulator that was started last, running or not; none before the first start.
     [[nodiscard]] const std::optional<ChildProcess>& process() const { return m_process; }

@@ -11,8 +11,10 @@
 #include "storage/Removal.h"
 
 #include <QByteArray>
+#include <QtEndian>
 
-#include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace cartloom
 {
@@ -38,18 +40,48 @@ QByteArray readToEnd(const FileDescriptor& stream)
     return bytes;
 }
 
-/// The directory of a zip archive is its last part, and a tool that does not find it may take what comes
-/// before for the whole, without the permissions and the kinds of files that stand in the directory alone.
-void requireDirectory(const std::filesystem::path& archive)
+constexpr qsizetype zipEndBytes = 22;
+
+/// The position of the record that ends a zip archive's directory, in the archive's last bytes; -1 if there
+/// is none. A comment may hold the mark as well, but not before a directory that fits.
+qsizetype findZipEnd(const QByteArray& bytes, qint64 archiveBytes)
 {
-    constexpr qint64 shortestEnd = 22;
-    constexpr qint64 longestEnd = shortestEnd + 65'535;
-    const QByteArray end = Files::readEnd(archive, longestEnd);
-    const auto mark = end.lastIndexOf(QByteArrayLiteral("PK\x05\x06"));
+    const auto number = [&bytes]<typename T>(qsizetype at, T) {
+        return qFromLittleEndian<T>(bytes.constData() + at);
+    };
+    qsizetype mark = bytes.size() - zipEndBytes + 1;
+    while (mark > 0 && (mark = bytes.lastIndexOf(QByteArrayLiteral("PK\x05\x06"), mark - 1)) >= 0) {
+        const qint64 directory = qint64(number(mark + 12, quint32())) + number(mark + 16, quint32());
+        const bool isLarge = number(mark + 16, quint32()) == std::numeric_limits<quint32>::max();
+        const qint64 position = archiveBytes - bytes.size() + mark;
+        if (number(mark + 4, quint16()) == 0 && (isLarge || directory <= position))
+            return mark;
+    }
+    return -1;
+}
+
+/// Refuses an archive without a directory, and cuts off what follows one, a comment included. A tool that
+/// does not find the directory may take what comes before it for the whole, without the permissions and the
+/// kinds of files.
+void cutAfterDirectory(const std::filesystem::path& archive)
+{
+    constexpr qint64 searchedBytes = 1024 * 1024;
+    const qint64 size = Files::size(archive);
     // What holds nothing at all is judged by what is missing in it.
-    if (!end.isEmpty() && (mark < 0 || end.size() - mark < shortestEnd))
+    if (size == 0)
+        return;
+    const QByteArray bytes = Files::readEnd(archive, searchedBytes);
+    const auto end = findZipEnd(bytes, size);
+    if (end < 0)
         throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."),
                        QStringLiteral("The archive has no end."));
+    const auto surplus = bytes.size() - end - zipEndBytes;
+    if (surplus == 0)
+        return;
+    // The record ends with the length of the comment, which becomes 0.
+    const auto whole = static_cast<std::uintmax_t>(size - surplus);
+    std::filesystem::resize_file(archive, whole - sizeof(quint16));
+    std::filesystem::resize_file(archive, whole);
 }
 
 void runTool(const ArchiveTool& tool, const CancellationToken& token)
@@ -61,6 +93,7 @@ void runTool(const ArchiveTool& tool, const CancellationToken& token)
     {
         const CancellationCallback onCancel(token, [&process] { process.kill(); });
         text = decodeUtf8(readToEnd(errors.reading)).value_or(QString());
+        process.waitUntilEnded();
     }
     const int status = process.waitForExit();
     if (token.isCancelled())
@@ -77,7 +110,7 @@ void runTool(const ArchiveTool& tool, const CancellationToken& token)
 void unzip(const std::filesystem::path& archive, const std::filesystem::path& folder,
            const CancellationToken& token)
 {
-    requireDirectory(archive);
+    cutAfterDirectory(archive);
     runTool(ArchiveTool::unpackZip(archive, folder), token);
     TreeInspection::inspect(folder);
     Removal::tryRemove(archive);

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/ChildProcess.h"
 
+#include <QtGlobal>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -112,9 +115,28 @@ ChildProcess ChildProcess::start(const std::filesystem::path& program,
     return ChildProcess(id);
 }
 
+bool ChildProcess::isUnusable(const std::error_code& error)
+{
+    constexpr std::array unusable{
+        ENOENT,   ENOEXEC,
+#ifdef Q_OS_MACOS
+        EBADEXEC, EBADARCH, ESHLIBVERS, EBADMACHO,
+#endif
+    };
+    return error.category() == std::generic_category() &&
+           std::ranges::find(unusable, error.value()) != unusable.end();
+}
+
 void ChildProcess::kill() const
 {
     ::kill(m_id, SIGKILL);
+}
+
+void ChildProcess::waitUntilEnded() const
+{
+    siginfo_t ended = {};
+    while (::waitid(P_PID, static_cast<id_t>(m_id), &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
+    }
 }
 
 int ChildProcess::waitForExit() const

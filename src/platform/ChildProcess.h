@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <sys/types.h>
@@ -34,11 +35,17 @@ public:
                                             const FileDescriptor& standardError,
                                             const std::vector<std::string>& settings = {});
 
+    /// True for an error of start() that says the program is missing or not made for this system.
+    [[nodiscard]] static bool isUnusable(const std::error_code& error);
+
     [[nodiscard]] pid_t id() const { return m_id; }
 
     /// Ends the program. Only before waitForExit() is called: the system may give the id to another process
     /// then.
     void kill() const;
+
+    /// Blocks until the program has ended. It keeps its id until waitForExit().
+    void waitUntilEnded() const;
 
     /// Blocks until the program has ended and leaves no zombie. To be called once. The result is the exit
     /// status, or the number of the signal that ended it; -1 if the system does not tell.

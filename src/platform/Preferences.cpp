@@ -2,6 +2,7 @@
 #include "platform/Preferences.h"
 
 #include <QSettings>
+#include <QStringList>
 
 namespace cartloom::Preferences
 {
@@ -10,8 +11,10 @@ bool boolean(const char* key)
 {
     // A store that is a text file knows no types: what was written as one comes back as its text.
     const QVariant value = QSettings().value(QLatin1String(key));
-    const bool isBoolean = value.userType() == QMetaType::Bool || value.userType() == QMetaType::QString;
-    return isBoolean && value.toString() == QLatin1String("true");
+    if (value.userType() == QMetaType::QString)
+        return QStringList{QStringLiteral("true"), QStringLiteral("yes"), QStringLiteral("1")}.contains(
+            value.toString(), Qt::CaseInsensitive);
+    return value.typeId() != QMetaType::QStringList && value.toDouble() != 0;
 }
 
 void setBoolean(const char* key, bool value)

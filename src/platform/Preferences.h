@@ -10,7 +10,7 @@
 namespace cartloom::Preferences
 {
 
-/// False when the key is absent, or holds anything but a boolean.
+/// True for a boolean that is, a number but 0, and the words "true", "yes" and "1" in any case.
 [[nodiscard]] bool boolean(const char* key);
 void setBoolean(const char* key, bool value);
 

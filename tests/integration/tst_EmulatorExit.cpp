@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "core/PreferenceKeys.h"
+#include "platform/Preferences.h"
 #include "platform/Text.h"
 #include "storage/Paths.h"
 #include "support/AresBundle.h"
@@ -19,6 +21,8 @@ const auto hint = QStringLiteral("\n\nIf macOS blocked it, open System Settings,
                                  "and click Open Anyway next to ares.");
 const auto putBack = QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.");
 
+constexpr StartedAres updated{.isOwn = true, .justUpdated = true};
+
 } // namespace
 
 /// How a run of the emulator is judged when it has ended.
@@ -26,11 +30,11 @@ class EmulatorExitTest : public FlowTest
 {
     Q_OBJECT
 
-    void judge(const LaunchResult& result, bool justUpdated = false)
+    void judge(const LaunchResult& result, StartedAres started = {.isOwn = true})
     {
         m_model->stage = Stage::playing;
         m_recorder->clear();
-        m_model->didExit(result, justUpdated);
+        m_model->didExit(result, started);
         QCOMPARE(m_model->stage(), Stage::idle);
     }
 
@@ -114,15 +118,51 @@ private Q_SLOTS:
     void aGoodRunCommitsTheNewEmulator()
     {
         update();
-        judge({0, 3.0, QString()}, true);
+        judge({0, 3.0, QString()}, updated);
         QVERIFY(!fs::exists(Paths::aresOld()));
         QCOMPARE(installedTag(), QByteArray("v148"));
+    }
+
+    void goodRunOfThePlayersOwnCopyCommitsNothing()
+    {
+        update();
+        judge({0, 3.0, QString()}, {.isOwn = false});
+        QVERIFY(!m_model->hasWorkUnderWay());
+        QVERIFY(fs::exists(Paths::aresOld()));
+    }
+
+    void failedRunOfThePlayersOwnCopyPutsNothingBack()
+    {
+        update();
+        const auto own = m_sandbox->scratch() / "own";
+        Preferences::setText(PreferenceKeys::externalAres, toText(makeAresApp(own)));
+        restart();
+        scriptChild({QStringLiteral("exit 3")});
+        m_model->play();
+        QVERIFY(goesThrough(Stage::playing));
+        QCOMPARE(m_model->errorMessage(), opening.arg(3) + hint);
+        QCOMPARE(installedTag(), QByteArray("v148"));
+        QVERIFY(fs::exists(Paths::aresOld()));
+    }
+
+    void keptFolderWithoutACopyIsNotPutBack()
+    {
+        writeFile(Paths::aresOld() / "junk", "junk");
+        saveGame();
+        restart();
+        scriptChild({QStringLiteral("exit 3")});
+        m_model->play();
+        QVERIFY(goesThrough(Stage::playing));
+        QCOMPARE(m_model->errorMessage(), opening.arg(3) + hint);
+        QCOMPARE(m_model->aresVersion(), QStringLiteral("v147"));
+        QVERIFY(fs::exists(Paths::ares() / "ares.app"));
+        QVERIFY(!fs::exists(Paths::aresOld()));
     }
 
     void aFailedFirstRunPutsThePreviousEmulatorBack()
     {
         update();
-        judge({1, 0.5, QStringLiteral("no\n")}, true);
+        judge({1, 0.5, QStringLiteral("no\n")}, updated);
         QCOMPARE(m_model->errorMessage(), opening.arg(1) + QStringLiteral("\n\nno") + putBack);
         QCOMPARE(installedTag(), QByteArray("v147"));
         QVERIFY(!fs::exists(Paths::aresOld()));
@@ -132,7 +172,7 @@ private Q_SLOTS:
     void withoutAnUpdateNothingIsPutBack()
     {
         update();
-        judge({1, 0.5, QString()}, false);
+        judge({1, 0.5, QString()});
         QCOMPARE(m_model->errorMessage(), opening.arg(1) + hint);
         QCOMPARE(installedTag(), QByteArray("v148"));
         QVERIFY(fs::exists(Paths::aresOld()));
@@ -142,7 +182,7 @@ private Q_SLOTS:
     {
         installAres("v148");
         restart();
-        judge({1, 0.5, QString()}, true);
+        judge({1, 0.5, QString()}, updated);
         QCOMPARE(m_model->errorMessage(), opening.arg(1) + hint);
     }
 

@@ -26,11 +26,11 @@ public:
     static void launchAres(AppModel& model, const std::optional<std::filesystem::path>& app,
                            const std::optional<std::filesystem::path>& rom)
     {
-        model.launchAres(app, rom);
+        model.launchAres(app, rom, {});
     }
     static void failFlow(AppModel& model, const std::exception& error, Step step)
     {
-        model.failFlow(error, step);
+        model.failFlow(error, step, {});
     }
 };
 

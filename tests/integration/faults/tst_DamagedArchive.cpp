@@ -98,6 +98,44 @@ private Q_SLOTS:
         pressPlays();
     }
 
+    void whatFollowsTheDirectoryIsIgnored_data()
+    {
+        QTest::addColumn<QByteArray>("comment");
+        QTest::addColumn<int>("appended");
+        QTest::newRow("45 a comment") << QByteArray("a comment") << 0;
+        QTest::newRow("45 the end's mark in the comment") << QByteArray("PK\x05\x06") << 0;
+        QTest::newRow("45 the end's mark in a long comment") << "PK\x05\x06" + QByteArray(1000, '\xee') << 0;
+        QTest::newRow("45 64 KiB appended") << QByteArray() << 64 * 1024;
+        QTest::newRow("45 a comment, and one byte less than is searched")
+            << QByteArray("a comment") << 1024 * 1024 - 22 - 9;
+    }
+
+    void whatFollowsTheDirectoryIsIgnored()
+    {
+        QFETCH(const QByteArray, comment);
+        QFETCH(const int, appended);
+        QByteArray zip = zipOf({zipProgram()});
+        zip.chop(2);
+        zip += static_cast<char>(comment.size() & 0xff);
+        zip += static_cast<char>(comment.size() >> 8);
+        isTaken(zip + comment + QByteArray(appended, '\0'));
+    }
+
+    void endBeyondWhatIsSearchedIsRefused_data() { addOnlyRow("45 1 MiB appended"); }
+
+    void endBeyondWhatIsSearchedIsRefused()
+    {
+        isRefused(zipOf({zipProgram()}) + QByteArray(1024 * 1024, '\0'), QStringLiteral("no end"));
+    }
+
+    void resourceForksAreNotUnpacked_data() { addOnlyRow("46 a bundle of resource forks alone"); }
+
+    void resourceForksAreNotUnpacked()
+    {
+        isRefused(zipOf({zipProgram("__MACOSX/ares.app/Contents/MacOS/ares"), {"a/._ares.app", "fork"}}), {},
+                  withoutApp);
+    }
+
     void emptyArchiveIsRefused_data()
     {
         QTest::addColumn<QByteArray>("zip");
@@ -194,11 +232,13 @@ private Q_SLOTS:
         m_model->reset();
         CHECKED(nextPressPlays());
 
-        // As an update it is rolled back.
         m_sites->publish(zip, "v148");
         CHECKED(update());
         m_model->play();
         QVERIFY(comesToRest());
+        failure.message.remove(blockedHint);
+        failure.message +=
+            QStringLiteral("\n\nThe new Ares did not work, so the previous version was put back.");
         CHECKED(shows(failure));
         QVERIFY(!fs::exists(Paths::aresOld()));
         m_sites->mend();

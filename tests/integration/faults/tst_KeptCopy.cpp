@@ -7,6 +7,7 @@
 #include "support/EventLoopWait.h"
 #include "support/FaultTest.h"
 #include "support/Snapshot.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
@@ -75,6 +76,53 @@ private Q_SLOTS:
         const auto before = snapshotOf(Paths::support());
         QVERIFY(!AresInstaller::recover());
         QCOMPARE(snapshotOf(Paths::support()), before);
+    }
+
+    void onlyAWholeCopyIsKept_data()
+    {
+        QTest::addColumn<bool>("isWhole");
+        QTest::newRow("72 update, Ares without ares.app, a whole kept copy") << true;
+        QTest::newRow("72 update, neither is a copy") << false;
+    }
+
+    void onlyAWholeCopyIsKept()
+    {
+        QFETCH(const bool, isWhole);
+        writeFile(Paths::ares() / "something else", "");
+        if (isWhole)
+            makeCopy(Paths::aresOld(), "v146");
+        else
+            writeFile(Paths::aresOld() / "something else", "");
+        writeFile(Paths::aresVersion(), "v146");
+        restart();
+        CHECKED(update());
+        QCOMPARE(installedTag(), QByteArray("v147"));
+        QCOMPARE(fs::exists(Paths::aresOld()), isWhole);
+        if (isWhole)
+            QCOMPARE(readFile(Paths::aresOld() / "ares.app/tag"), QByteArray("v146"));
+        isAtRestWithoutTraces();
+    }
+
+    /// The folder may hold a copy that shows again later.
+    void unreadableFolderIsNeverDiscarded()
+    {
+        makeCopy(Paths::ares() / "locked", "v146");
+        makeCopy(Paths::aresOld(), "v145");
+        m_sandbox->giveToEveryone();
+        const auto installed = snapshotOf(Paths::ares());
+        const auto kept = snapshotOf(Paths::aresOld());
+        fs::permissions(Paths::ares() / "locked", fs::perms::none);
+        {
+            const Unprivileged unprivileged;
+            QVERIFY(!AresInstaller::recover());
+            m_model->installUpdate({QStringLiteral("v147"), QStringLiteral("ares-macos-universal.zip"),
+                                    m_sites->url(ScriptedSites::archive).toEncoded().toStdString(), 0});
+            QVERIFY(comesToRest());
+        }
+        fs::permissions(Paths::ares() / "locked", fs::perms::all);
+        QVERIFY2(message().startsWith(QStringLiteral("Updating Ares failed: ")), qPrintable(message()));
+        QCOMPARE(snapshotOf(Paths::ares()), installed);
+        QCOMPARE(snapshotOf(Paths::aresOld()), kept);
     }
 
     void versionFileIsReadLeniently_data()

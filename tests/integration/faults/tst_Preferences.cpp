@@ -44,6 +44,25 @@ private Q_SLOTS:
         QCOMPARE(Preferences::text("externalAresPath"), std::nullopt);
     }
 
+    void booleansAreReadAsTheSystemDoes_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<bool>("isTrue");
+        for (const char* const value :
+             {"true", "TRUE", "yes", "YES", "1", "@Variant(\\0\\0\\0\x2\\0\\0\\0\a)"})
+            QTest::newRow(value) << QByteArray(value) << true;
+        for (const char* const value : {"false", "no", "0", "y", "", "@Variant(\\0\\0\\0\x2\\0\\0\\0\\0)"})
+            QTest::addRow("not %s", value) << QByteArray(value) << false;
+    }
+
+    void booleansAreReadAsTheSystemDoes()
+    {
+        QFETCH(const QByteArray, value);
+        QFETCH(const bool, isTrue);
+        writeFile(store(), "[General]\nfullscreen=" + value + '\n');
+        QCOMPARE(Preferences::boolean("fullscreen"), isTrue);
+    }
+
     void damagedFileIsIgnored_data()
     {
         QTest::addColumn<QByteArray>("contents");
@@ -59,7 +78,7 @@ private Q_SLOTS:
         QTest::newRow("70 other texts") << general + "fullscreen=banana\n";
         QTest::newRow("70 number in a variant") << path + "@Variant(\\0\\0\\0\x2\\0\\0\\0\a)\n";
         QTest::newRow("70 bytes") << path + "@ByteArray(/tmp)\nfullscreen=@ByteArray(true)\n";
-        QTest::newRow("70 numbers") << path + "5\nfullscreen=5\n";
+        QTest::newRow("70 numbers") << path + "5\nfullscreen=0\n";
         QTest::newRow("70 broken variants") << path + "@Variant(\\0\\0)\nfullscreen=@Variant(\\0)\n";
         QTest::newRow("70 relative path") << path + "tmp\n";
         QTest::newRow("70 relative path with dots") << path + "../../../../../../tmp\n";

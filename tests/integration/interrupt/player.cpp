@@ -34,6 +34,7 @@ namespace
 {
 
 constexpr int patience = 60'000;
+constexpr StartedAres updated{.isOwn = true, .justUpdated = true};
 
 [[noreturn]] void fail(const QString& reason)
 {
@@ -80,12 +81,12 @@ public:
     /// The emulator has run long enough.
     void commit()
     {
-        m_model.didExit({0, 3.0, QString()}, true);
+        m_model.didExit({0, 3.0, QString()}, updated);
         const bool cleared = QTest::qWaitFor([this] { return !m_model.hasWorkUnderWay(); }, patience);
         require(cleared, QStringLiteral("never done with clearing away"));
     }
     /// The emulator has ended at once.
-    void rollBack() { m_model.didExit({1, 0.1, QStringLiteral("broken")}, true); }
+    void rollBack() { m_model.didExit({1, 0.1, QStringLiteral("broken")}, updated); }
     void reset() { m_model.reset(); }
 
     void importGame()

@@ -190,7 +190,7 @@ private Q_SLOTS:
     {
         prepare(QStringLiteral("update"));
         const auto listing = "list " + QByteArray::fromStdString(Paths::ares().native());
-        const auto end = run(QStringLiteral("update"), {"2", QByteArray::number(EIO), listing});
+        const auto end = run(QStringLiteral("update"), {"4", QByteArray::number(EIO), listing});
         QCOMPARE(end.words, QStringLiteral("Ares was unpacked but ares.app could not be found."));
         QVERIFY(holds(Paths::ares(), "v147"));
         QVERIFY(holds(Paths::aresOld(), "v146"));
