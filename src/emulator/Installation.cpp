@@ -9,6 +9,7 @@
 #include "network/Origins.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
+#include "platform/TreeFlush.h"
 #include "storage/Paths.h"
 #include "storage/Removal.h"
 #include "storage/WholeFiles.h"
@@ -55,6 +56,8 @@ void unpack(const std::filesystem::path& archive, const CancellationToken& token
         unzip(archive, Paths::aresNew(), token);
         if (!findApp(Paths::aresNew()))
             throw AppError(QStringLiteral("The Ares download did not contain ares.app. Please try again."));
+        // Before its name becomes that of the installed copy.
+        flushTree(Paths::aresNew());
         if (token.isCancelled())
             throw CancellationError();
     } catch (const std::exception&) {
@@ -91,6 +94,7 @@ void swapIntoPlace()
         }
         throw;
     }
+    Files::tryFlush(Paths::support());
 }
 
 void recordVersion(const QString& tagName)
@@ -161,6 +165,7 @@ bool recover()
         // Then it stays the kept copy.
         return false;
     }
+    Files::tryFlush(Paths::support());
     return true;
 }
 
@@ -175,6 +180,7 @@ bool rollback()
     } catch (const std::system_error&) {
         return false;
     }
+    Files::tryFlush(Paths::support());
     Removal::tryRemove(failed);
     return true;
 }

@@ -97,8 +97,10 @@ QCoro::Task<std::filesystem::path> download(ProgressCallback progress, Cancellat
     FileDownloader downloader(workFolder.path() / Paths::gameFile().filename(), std::move(progress));
     const auto request = requestFor(link, timeouts.game);
     const auto file = co_await downloader.download(request, token);
-    RomCheck::validate(file, true);
-    install(file, false);
+    co_await runOnWorker([&file] {
+        RomCheck::validate(file, true);
+        install(file, false);
+    });
     co_return Paths::gameFile();
 }
 
@@ -109,11 +111,15 @@ void install(const std::filesystem::path& file, bool keepOriginal)
     // The installed game itself is chosen as easily as any other copy.
     if (keepOriginal && Files::isSame(file, target))
         return;
+    if (!keepOriginal)
+        Files::flush(file);
     Removal::remove(target);
-    if (keepOriginal)
+    if (keepOriginal) {
         WholeFiles::copy(file, target);
-    else
+    } else {
         Files::move(file, target);
+        Files::tryFlush(Paths::support());
+    }
 }
 
 } // namespace cartloom::GameDownloader

@@ -43,6 +43,18 @@ void FileDescriptor::close()
         throw lastSystemError();
 }
 
+void FileDescriptor::flush() const
+{
+#ifdef F_FULLFSYNC
+    // Not every volume knows it.
+    if (::fcntl(m_descriptor, F_FULLFSYNC) == 0)
+        return;
+#endif
+    // EINVAL: the file system has nothing to flush here.
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
+        throw lastSystemError();
+}
+
 std::size_t FileDescriptor::readSome(char* data, std::size_t length) const
 {
     for (;;) {

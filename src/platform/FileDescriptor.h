@@ -46,6 +46,9 @@ public:
     /// Writes all bytes; repeats the call after a short write.
     void writeAll(const char* data, std::size_t length) const;
 
+    /// Blocks until what was written, or a folder's names, are on the disk.
+    void flush() const;
+
 private:
     int m_descriptor = -1;
 };

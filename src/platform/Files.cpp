@@ -100,6 +100,19 @@ void moveOver(const fs::path& from, const fs::path& to)
         throw lastSystemError();
 }
 
+void flush(const fs::path& path)
+{
+    FileDescriptor::openForReading(path).flush();
+}
+
+void tryFlush(const fs::path& path) noexcept
+{
+    try {
+        flush(path);
+    } catch (const std::system_error&) {
+    }
+}
+
 QByteArray read(const fs::path& path, qint64 limit)
 {
     return readFrom(FileDescriptor::openForReading(path), limit);

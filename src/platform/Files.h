@@ -37,6 +37,12 @@ void move(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Renames within one volume and replaces a file at the target.
 void moveOver(const std::filesystem::path& from, const std::filesystem::path& to);
 
+/// Blocks until a file's bytes, or a folder's names, are on the disk.
+void flush(const std::filesystem::path& path);
+
+/// As flush, where a failure changes nothing. Ignores failures.
+void tryFlush(const std::filesystem::path& path) noexcept;
+
 /// The first bytes of the file, at most limit.
 [[nodiscard]] QByteArray read(const std::filesystem::path& path, qint64 limit);
 

@@ -26,18 +26,22 @@ void copy(const std::filesystem::path& from, const std::filesystem::path& to)
     }
     if (copied != expected)
         throw std::system_error(std::make_error_code(std::errc::device_or_resource_busy));
+    temporary.descriptor().flush();
     temporary.descriptor().close();
     Files::move(temporary.path(), to);
     temporary.release();
+    Files::tryFlush(to.parent_path());
 }
 
 void write(const std::filesystem::path& path, const QByteArray& bytes)
 {
     TemporaryFile temporary(path);
     temporary.descriptor().writeAll(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    temporary.descriptor().flush();
     temporary.descriptor().close();
     Files::moveOver(temporary.path(), path);
     temporary.release();
+    Files::tryFlush(path.parent_path());
 }
 
 } // namespace cartloom::WholeFiles

@@ -5,7 +5,8 @@
 
 #include <filesystem>
 
-/// Files that appear complete or not at all. Any thread. Throws std::system_error.
+/// Files that appear complete or not at all, whatever ends the program or the system. Any thread. Throws
+/// std::system_error.
 namespace cartloom::WholeFiles
 {
 

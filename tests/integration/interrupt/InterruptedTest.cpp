@@ -93,6 +93,7 @@ void InterruptedTest::prepare(const QString& operation) const
 {
     fs::remove_all(m_sandbox->home());
     fs::create_directories(m_sandbox->home());
+    writeFile(Paths::support() / "Quillet64.eeprom", "progress");
     if (operation != QLatin1String("game"))
         saveGame();
     if (operation == QLatin1String("install")) {

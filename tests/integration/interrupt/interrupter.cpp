@@ -210,6 +210,7 @@ WRAP_64(int, truncate, (const char* path, off_t size), (path, size),
         isInterrupted("truncate", at(AT_FDCWD, path)))
 WRAP(int, fsync, (int file), (file), isInterrupted("sync", at(file)))
 WRAP(int, fdatasync, (int file), (file), isInterrupted("sync", at(file)))
+WRAP(int, syncfs, (int file), (file), isInterrupted("syncfs", at(file)))
 
 WRAP(int, rename, (const char* from, const char* to), (from, to),
      isInterrupted("rename", at(AT_FDCWD, from), at(AT_FDCWD, to)))

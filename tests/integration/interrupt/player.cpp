@@ -106,12 +106,15 @@ public:
                     QStringLiteral("does not play: ") + m_model.errorMessage().value_or(QString()));
             const auto tag = QString::fromUtf8(contentsOf(m_scratch / "played"));
             requireWhole(tag);
+            requireTrueVersion();
             endPlaying();
         }
         update();
         require(m_model.notice().value_or(QString()).contains(QLatin1String("is installed")),
                 QStringLiteral("no update: ") + m_model.errorMessage().value_or(QString()));
         requireNothingLeftOver();
+        require(contentsOf(Paths::support() / "Quillet64.eeprom") == "progress",
+                QStringLiteral("the player's progress is lost"));
     }
 
     /// What the model says at the end.
@@ -165,10 +168,18 @@ private:
         require(known, QStringLiteral("the game is not whole"));
     }
 
+    void requireTrueVersion() const
+    {
+        const auto version = AresInstaller::installedVersion();
+        require(!version || QDir(toText(m_scratch / "whole")).entryList().contains(*version),
+                QStringLiteral("no release has the recorded tag"));
+    }
+
     static void requireNothingLeftOver()
     {
         const QStringList allowed{QStringLiteral("Ares"), QStringLiteral("Ares-old"),
-                                  QStringLiteral("Quillet64.z64"), QStringLiteral("ares-version.txt")};
+                                  QStringLiteral("Quillet64.eeprom"), QStringLiteral("Quillet64.z64"),
+                                  QStringLiteral("ares-version.txt")};
         const auto entries =
             QDir(toText(Paths::support()))
                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);

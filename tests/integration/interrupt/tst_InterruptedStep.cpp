@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "InterruptedTest.h"
+#include "PowerLoss.h"
 
 #include "platform/Text.h"
 #include "storage/Paths.h"
@@ -17,10 +18,11 @@ using namespace cartloom;
 namespace
 {
 
-const QStringList settled{QStringLiteral("Ares"), QStringLiteral("Quillet64.z64"),
-                          QStringLiteral("ares-version.txt")};
+const QStringList settled{QStringLiteral("Ares"), QStringLiteral("Quillet64.eeprom"),
+                          QStringLiteral("Quillet64.z64"), QStringLiteral("ares-version.txt")};
 const QStringList unproven{QStringLiteral("Ares"), QStringLiteral("Ares-old"),
-                           QStringLiteral("Quillet64.z64"), QStringLiteral("ares-version.txt")};
+                           QStringLiteral("Quillet64.eeprom"), QStringLiteral("Quillet64.z64"),
+                           QStringLiteral("ares-version.txt")};
 
 /// What the library calls the system calls that strace shows.
 const std::map<QString, QString> kinds{{QStringLiteral("open"), QStringLiteral("open")},
@@ -39,6 +41,7 @@ const std::map<QString, QString> kinds{{QStringLiteral("open"), QStringLiteral("
                                        {QStringLiteral("ftruncate"), QStringLiteral("truncate")},
                                        {QStringLiteral("fsync"), QStringLiteral("sync")},
                                        {QStringLiteral("fdatasync"), QStringLiteral("sync")},
+                                       {QStringLiteral("syncfs"), QStringLiteral("syncfs")},
                                        {QStringLiteral("rename"), QStringLiteral("rename")},
                                        {QStringLiteral("renameat"), QStringLiteral("rename")},
                                        {QStringLiteral("renameat2"), QStringLiteral("rename")},
@@ -153,7 +156,8 @@ private Q_SLOTS:
         QCOMPARE(readFile(Paths::aresVersion()), QByteArray("v146"));
         QCOMPARE(Sandbox::storage(),
                  (QStringList{QStringLiteral("Ares"), QStringLiteral("Ares-new"),
-                              QStringLiteral("Quillet64.z64"), QStringLiteral("ares-version.txt")}));
+                              QStringLiteral("Quillet64.eeprom"), QStringLiteral("Quillet64.z64"),
+                              QStringLiteral("ares-version.txt")}));
         const auto aftermath = run(QStringLiteral("aftermath"));
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
     }
@@ -170,6 +174,35 @@ private Q_SLOTS:
         QVERIFY(holds(Paths::aresNew(), "v147"));
         const auto aftermath = run(QStringLiteral("aftermath"));
         QVERIFY2(aftermath.well, qPrintable(aftermath.complaint));
+    }
+
+    void omittedFlushIsFound_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QString>("flush");
+        const auto row = [](const char* operation, const char* flush) {
+            QTest::addRow("101 %s without: %s", operation, flush)
+                << QString::fromLatin1(operation) << QString::fromLatin1(flush);
+        };
+        row("install", "^syncfs .*/Ares-new$");
+        row("update", "^sync .*/\\.ares-version\\.txt-");
+        row("game", "^sync .*/download-game-.*/Quillet64\\.z64$");
+        row("import", "^sync .*/\\.Quillet64\\.z64-");
+    }
+
+    /// The operation ends, and then the power is lost.
+    void omittedFlushIsFound()
+    {
+        QFETCH(const QString, operation);
+        QFETCH(const QString, flush);
+        prepare(operation);
+        auto calls = run(commandOf(operation), {"0", "kill", {}}).calls;
+        const auto all = calls.size();
+        calls.removeIf(
+            [pattern = QRegularExpression(flush)](const QString& call) { return call.contains(pattern); });
+        QCOMPARE(all - calls.size(), 1);
+        loseUnflushed(calls, Remains::zeros);
+        QVERIFY(!run(QStringLiteral("aftermath")).well);
     }
 
     void unrecordedTagIsNoFailure()
