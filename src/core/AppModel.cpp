@@ -39,10 +39,10 @@ bool AppModel::hasWorkUnderWay() const
     return canCancel() || std::ranges::any_of(m_backgroundTasks, &TaskHandle::isRunning);
 }
 
-void AppModel::runInBackground(const TaskHandle::Body& body)
+TaskHandle AppModel::runInBackground(const TaskHandle::Body& body)
 {
     std::erase_if(m_backgroundTasks, [](const TaskHandle& task) { return !task.isRunning(); });
-    m_backgroundTasks.push_back(TaskHandle::startNow(body));
+    return m_backgroundTasks.emplace_back(TaskHandle::startNow(body));
 }
 
 void AppModel::postTo(std::weak_ptr<AppModel> model, std::function<void(AppModel&)> function)

@@ -164,7 +164,8 @@ public:
     Q_INVOKABLE void openDropped(const QList<QUrl>& addresses);
     /// Asks for a copy of the game that the player has, and installs it.
     Q_INVOKABLE void chooseExistingGameFile();
-    /// Looks whether there is another release than the installed one, and offers it. Cannot be cancelled.
+    /// Looks whether there is another release than the installed one, and offers it. Cannot be cancelled;
+    /// waits for the look-up that is running, if there is one.
     Q_INVOKABLE void checkForUpdate();
     /// Installs an offered release; the installed copy is kept until the new one has started once.
     Q_INVOKABLE void installUpdate(const cartloom::AresRelease& release);
@@ -227,7 +228,7 @@ private:
     /// True if no flow is running or queued.
     [[nodiscard]] bool canStart() const;
     /// Runs a task that cannot be cancelled; the stage stays idle meanwhile.
-    void runInBackground(const TaskHandle::Body& body);
+    TaskHandle runInBackground(const TaskHandle::Body& body);
     /// Calls the function on the main thread, unless the model is gone by then. Any thread.
     static void postTo(std::weak_ptr<AppModel> model, std::function<void(AppModel&)> function);
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadAres(CancellationToken token);
@@ -252,6 +253,8 @@ private:
     /// The running flow, or the last one.
     std::optional<TaskHandle> m_task;
     std::vector<TaskHandle> m_backgroundTasks;
+    /// The look-up of the newest release, or the last one.
+    std::optional<TaskHandle> m_lookup;
     /// The ROM that the flow was started with before it stopped to offer a copy of the emulator.
     std::optional<std::filesystem::path> m_pendingROM;
 

@@ -18,7 +18,10 @@ void AppModel::checkForUpdate()
         return;
     }
     clearMessages();
-    runInBackground([self = shared_from_this()](const CancellationToken&) { return self->lookForUpdate(); });
+    if (m_lookup && m_lookup->isRunning())
+        return;
+    m_lookup = runInBackground(
+        [self = shared_from_this()](const CancellationToken&) { return self->lookForUpdate(); });
 }
 
 QCoro::Task<void> AppModel::lookForUpdate()

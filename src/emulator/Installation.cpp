@@ -26,11 +26,17 @@ namespace
 
 constexpr qint64 maxVersionBytes = 64 * 1024;
 
+/// Of a release whose size is not announced.
+constexpr qint64 maxReleaseBytes = 1'000'000'000;
+
 HttpRequest requestFor(const AresRelease& release, std::chrono::milliseconds timeout)
 {
+    auto limits = limitsFor(timeout);
+    // One byte more shows that there is too much.
+    limits.maxBodyBytes = (release.size < 1 ? maxReleaseBytes : release.size) + 1;
     return {.url = release.downloadURL,
             .headers = {"User-Agent: QuilletPlayer"},
-            .limits = limitsFor(timeout),
+            .limits = limits,
             .schemes = Origins::schemesFor(Origins::releaseApi())};
 }
 
@@ -38,12 +44,12 @@ void requireSize(const std::filesystem::path& archive, qint64 expected)
 {
     const qint64 size = Files::size(archive);
     // A service that does not know the size reports 0.
-    if (expected < 1 || size == expected)
+    if (expected < 1 ? size <= maxReleaseBytes : size == expected)
         return;
     throw AppError(
         QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.")
             .arg(size)
-            .arg(expected));
+            .arg(expected < 1 ? maxReleaseBytes : expected));
 }
 
 /// Deletes the unpacked files on failure, to free the disk space.

@@ -55,7 +55,8 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
     }).detach();
 
     try {
-        m_process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing);
+        m_process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing, {},
+                                        ChildProcess::Session::own);
     } catch (const std::system_error&) {
         started.set_value(std::nullopt);
         throw;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emulator/AresInstaller.h"
 
+#include "async/RunOnWorker.h"
 #include "emulator/ReleaseReply.h"
 #include "errors/AppError.h"
 #include "network/HttpSession.h"
@@ -37,7 +38,7 @@ QCoro::Task<AresRelease> fetchLatest(CancellationToken token, Timeouts timeouts)
     if (!response.isSuccess())
         throw AppError(QStringLiteral("GitHub answered with error %1 when asking for the latest Ares.")
                            .arg(*response.status));
-    co_return releaseIn(response.body);
+    co_return co_await runOnWorker([&response] { return releaseIn(response.body); });
 }
 
 } // namespace cartloom::AresInstaller

@@ -55,14 +55,14 @@ QString requiredText(const QJsonObject& object, const char* key)
 }
 
 /// A number counts by its value, however it is written: 1000, 1000.0 and 1e3 are the same.
-qint64 requiredInteger(const QJsonObject& object, const char* key, const QByteArray& reply)
+qint64 requiredInteger(const QJsonObject& object, const char* key, bool replyHoldsLowest)
 {
     const QJsonValue value = required(object, key);
     // A value that is no whole number of 64 bits comes back as the default, whichever that is.
     const bool isWhole = value.toInteger(0) == value.toInteger(1);
     // Those just below the range are rounded up to its lowest number, from which only the figures tell them.
     const bool isLowest = value.toInteger() == std::numeric_limits<qint64>::min();
-    if (!isWhole || (isLowest && !reply.contains(QByteArray::number(std::numeric_limits<qint64>::min()))))
+    if (!isWhole || (isLowest && !replyHoldsLowest))
         throw DecodingError(std::string("The value of \"") + key + "\" is not a whole number.");
     return value.toInteger();
 }
@@ -88,9 +88,10 @@ APIRelease decodeRelease(const QByteArray& body)
     const QJsonValue assets = required(root, "assets");
     if (!assets.isArray())
         throw DecodingError("The value of \"assets\" is not a list.");
+    const bool holdsLowest = body.contains(QByteArray::number(std::numeric_limits<qint64>::min()));
     for (const auto& item : assets.toArray()) {
         const QJsonObject asset = requiredObject(item, "asset");
-        release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size", body),
+        release.assets.push_back({requiredText(asset, "name"), requiredInteger(asset, "size", holdsLowest),
                                   requiredText(asset, "browser_download_url")});
     }
     return release;

@@ -95,7 +95,9 @@ QCoro::Task<std::filesystem::path> download(ProgressCallback progress, Cancellat
     co_await runOnWorker(Paths::removeLeftovers);
     const WorkFolder workFolder(Paths::newWorkDir("download-game"));
     FileDownloader downloader(workFolder.path() / Paths::gameFile().filename(), std::move(progress));
-    const auto request = requestFor(link, timeouts.game);
+    auto request = requestFor(link, timeouts.game);
+    // One byte more shows that there is too much.
+    request.limits.maxBodyBytes = RomCheck::maxGameBytes + 1;
     const auto file = co_await downloader.download(request, token);
     co_await runOnWorker([&file] {
         RomCheck::validate(file, true);

@@ -26,7 +26,7 @@ struct SizeRange
     qint64 largest;
 };
 
-constexpr SizeRange strictRange{10'000'000, 40'000'000};
+constexpr SizeRange strictRange{10'000'000, maxGameBytes};
 constexpr SizeRange lenientRange{1'000'000, 128'000'000};
 
 } // namespace

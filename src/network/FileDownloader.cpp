@@ -3,6 +3,7 @@
 
 #include "async/RunOnWorker.h"
 #include "errors/AppError.h"
+#include "errors/PlatformError.h"
 #include "network/HttpTransfer.h"
 #include "platform/Files.h"
 #include "platform/TemporaryFile.h"
@@ -40,15 +41,20 @@ std::filesystem::path FileDownloader::run(const HttpRequest& request, const Canc
         block.clear();
     };
     HttpTransfer transfer(request, token);
-    const auto response = transfer.perform(
-        [&block, &flush](const char* data, std::size_t length) {
-            block.append(data, length);
-            if (block.size() >= blockBytes)
-                flush();
-        },
-        m_onProgress);
+    try {
+        const auto response = transfer.perform(
+            [&block, &flush](const char* data, std::size_t length) {
+                block.append(data, length);
+                if (block.size() >= blockBytes)
+                    flush();
+            },
+            m_onProgress);
+        requireFile(request, response);
+    } catch (const PlatformError& error) {
+        if (error.code != UrlError::dataLengthExceedsMaximum)
+            throw;
+    }
     flush();
-    requireFile(request, response);
     file.descriptor().close();
     std::filesystem::remove_all(m_destination);
     Files::move(file.path(), m_destination);

@@ -20,7 +20,8 @@ public:
     /// The progress callback runs on the worker thread of the download.
     FileDownloader(std::filesystem::path destination, ProgressCallback onProgress);
 
-    /// Returns the destination once the file is there; replaces what was there. Throws PlatformError for
+    /// Returns the destination once the file is there; replaces what was there. A body longer than the
+    /// request allows is cut off there, and its size is for the caller to judge. Throws PlatformError for
     /// network failures and for a cancellation, std::system_error for the file system, AppError for a status
     /// outside 200 to 299. The old file stays on every failure but that of the last move. Main thread; this
     /// object must outlive the call.

@@ -272,10 +272,12 @@ void HttpTransfer::startBody()
 
 void HttpTransfer::takeDecoded(const char* data, std::size_t length)
 {
-    if (std::cmp_greater(length, m_request.limits.maxBodyBytes - m_received))
+    const auto taken =
+        std::min<qint64>(static_cast<qint64>(length), m_request.limits.maxBodyBytes - m_received);
+    m_sink(data, static_cast<std::size_t>(taken));
+    m_received += taken;
+    if (std::cmp_less(taken, length))
         throw urlError(UrlError::dataLengthExceedsMaximum);
-    m_sink(data, length);
-    m_received += static_cast<qint64>(length);
     if (Clock::now() - m_lastReport >= reportInterval)
         report();
 }

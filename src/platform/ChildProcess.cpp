@@ -23,6 +23,12 @@ namespace cartloom
 namespace
 {
 
+void check(int error)
+{
+    if (error != 0)
+        throw std::system_error(error, std::generic_category());
+}
+
 /// What the child's descriptors become.
 class FileActions
 {
@@ -44,13 +50,23 @@ public:
     [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
 
 private:
-    static void check(int error)
-    {
-        if (error != 0)
-            throw std::system_error(error, std::generic_category());
-    }
-
     posix_spawn_file_actions_t m_actions = {};
+};
+
+class Attributes
+{
+public:
+    Attributes() { check(::posix_spawnattr_init(&m_attributes)); }
+    ~Attributes() { ::posix_spawnattr_destroy(&m_attributes); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+
+    void startSession() { check(::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSID)); }
+
+    [[nodiscard]] const posix_spawnattr_t* get() const { return &m_attributes; }
+
+private:
+    posix_spawnattr_t m_attributes = {};
 };
 
 /// The environment that this process was started with, and the settings in place of what it has under their
@@ -94,8 +110,11 @@ Pipe::Pipe()
 ChildProcess ChildProcess::start(const std::filesystem::path& program,
                                  const std::vector<std::string>& arguments,
                                  const FileDescriptor& standardError,
-                                 const std::vector<std::string>& settings)
+                                 const std::vector<std::string>& settings, Session session)
 {
+    Attributes attributes;
+    if (session == Session::own)
+        attributes.startSession();
     // In this order: the writing end may itself be standard output, in a process that was started without
     // one.
     FileActions actions;
@@ -108,10 +127,8 @@ ChildProcess ChildProcess::start(const std::filesystem::path& program,
 
     pid_t id = 0;
     const auto spawn = program.has_parent_path() ? ::posix_spawn : ::posix_spawnp;
-    const int error = spawn(&id, program.c_str(), actions.get(), nullptr, pointersTo(texts).data(),
-                            pointersTo(variables).data());
-    if (error != 0)
-        throw std::system_error(error, std::generic_category());
+    check(spawn(&id, program.c_str(), actions.get(), attributes.get(), pointersTo(texts).data(),
+                pointersTo(variables).data()));
     return ChildProcess(id);
 }
 

@@ -26,6 +26,9 @@ struct Pipe
 class ChildProcess
 {
 public:
+    /// A program in a session of its own does not get the signals for this program's terminal and group.
+    enum class Session { shared, own };
+
     /// Starts the program, found on the search path when its name has no slash. It gets the arguments as they
     /// stand, this process's environment with the settings ("NAME=value") over it, its folder and standard
     /// input, no standard output, and its standard error is the writing end given. Throws std::system_error
@@ -33,7 +36,8 @@ public:
     [[nodiscard]] static ChildProcess start(const std::filesystem::path& program,
                                             const std::vector<std::string>& arguments,
                                             const FileDescriptor& standardError,
-                                            const std::vector<std::string>& settings = {});
+                                            const std::vector<std::string>& settings = {},
+                                            Session session = Session::shared);
 
     /// True for an error of start() that says the program is missing or not made for this system.
     [[nodiscard]] static bool isUnusable(const std::error_code& error);

@@ -270,6 +270,19 @@ private Q_SLOTS:
         QTRY_VERIFY(service.asking->isClosed());
     }
 
+    void pressesDuringACheckJoinIt()
+    {
+        HesitantService service;
+        for (int press = 0; press < 100; ++press)
+            m_model->checkForUpdate();
+        QTRY_VERIFY(service.asking);
+        service.asking->send(httpAnswer(200, "{}"));
+        QTRY_VERIFY(!m_model->hasWorkUnderWay());
+        QCOMPARE(service.server.requests().size(), std::size_t(1));
+        m_model->checkForUpdate();
+        QTRY_COMPARE(service.server.requests().size(), std::size_t(2));
+    }
+
     void aCheckCountsAsWorkUntilItHasEnded()
     {
         HesitantService service;

@@ -166,6 +166,9 @@ private Q_SLOTS:
         QTest::newRow("too short")
             << ScriptedStore::rom().chopped(1)
             << QStringLiteral("That file is not the right size for a Nintendo 64 game (9999 KB).");
+        QTest::newRow("cut off past the largest size")
+            << bigEndianHeader + QByteArray(60'000'000, 'r')
+            << QStringLiteral("That file is not the right size for a Nintendo 64 game (40000 KB).");
     }
 
     void fileThatIsNotTheGameIsRefused()

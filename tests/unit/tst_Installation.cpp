@@ -65,6 +65,32 @@ private Q_SLOTS:
         QCOMPARE(Sandbox::storage(), QStringList());
     }
 
+    void endlessDownloadEndsPastTheSize_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<qint64>("limit");
+        QTest::newRow("announced") << qint64(3'000'000) << qint64(3'000'000);
+        QTest::newRow("not announced") << qint64(0) << qint64(1'000'000'000);
+    }
+
+    void endlessDownloadEndsPastTheSize()
+    {
+        QFETCH(const qint64, size);
+        QFETCH(const qint64, limit);
+        const RawServer endless([](RawConnection& connection, const RawRequest&) {
+            connection.send("HTTP/1.1 200 OK\r\n\r\n");
+            connection.sendEndlessly(QByteArray(1024 * 1024, 'x'), 2'000'000'000);
+        });
+        auto release = this->release(QStringLiteral("v147"), size);
+        release.downloadURL = endless.url().toEncoded().toStdString();
+        const auto failure = installFailure<AppError>(release).value();
+        QCOMPARE(failure.message,
+                 QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.")
+                     .arg(limit + 1)
+                     .arg(limit));
+        QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
     void emulatorOneFolderDownIsFound()
     {
         QCOMPARE(install(makeRelease(QStringLiteral("v147"), "ares-v147")),

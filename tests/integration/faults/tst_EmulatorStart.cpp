@@ -19,6 +19,7 @@
 #include <dlfcn.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace cartloom;
@@ -243,6 +244,17 @@ private Q_SLOTS:
         Launcher launcher;
         QVERIFY_THROWS_EXCEPTION(std::system_error, launch(launcher, {}));
         QVERIFY(!launcher.process());
+    }
+
+    void emulatorHasASessionOfItsOwn()
+    {
+        installAres();
+        Launcher launcher;
+        auto ended = launch(launcher, {command("wait", proceed())});
+        const auto emulator = launcher.process().value().id();
+        QCOMPARE(::getsid(emulator), emulator);
+        writeFile(proceed(), "");
+        ended.wait();
     }
 
     void emulatorOutlivesItsLauncher()
