@@ -17,8 +17,7 @@ Label {
     visible: address !== ""
     activeFocusOnTab: true
 
-    Keys.onReturnPressed: event => event.isAutoRepeat || follow()
-    Keys.onEnterPressed: event => event.isAutoRepeat || follow()
+    // Return is left to the sheet's default button.
     Keys.onSpacePressed: event => event.isAutoRepeat || follow()
 
     Accessible.role: Accessible.Link

@@ -105,20 +105,15 @@ PageCase {
         }
     }
 
-    function test_linksAreReachedAndFollowedWithTheKeyboard_data() {
-        return [{ tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return },
-                { tag: "Enter", key: Qt.Key_Enter }];
-    }
-
-    function test_linksAreReachedAndFollowedWithTheKeyboard(row) {
+    function test_linksAreReachedWithTabAndFollowedWithSpace() {
         openSheet();
         for (let time = 0; time < 10 && !about("storeLink").activeFocus; ++time)
             keyClick(Qt.Key_Tab);
         verify(findChild(about("storeLink"), "focusRing").visible);
-        keyClick(row.key);
+        keyClick(Qt.Key_Space);
         keyClick(Qt.Key_Tab);
         verify(about("emulatorLink").activeFocus);
-        keyClick(row.key);
+        keyClick(Qt.Key_Space);
         compare(probe.opened.map(String), [String(model.storePage), "https://" + model.emulatorSite + "/"]);
         verify(page.showAbout);
     }
@@ -152,6 +147,25 @@ PageCase {
             tryVerify(() => !popup("aboutView")?.visible);
             verify(!page.showAbout);
         }
+    }
+
+    function test_returnClosesItWhileALinkHasFocus_data() {
+        return [{ tag: "Return", key: Qt.Key_Return }, { tag: "Enter", key: Qt.Key_Enter }];
+    }
+
+    function test_returnClosesItWhileALinkHasFocus(row) {
+        openSheet();
+        about("storeLink").forceActiveFocus(Qt.TabFocusReason);
+        keyClick(row.key);
+        tryVerify(() => !popup("aboutView")?.visible);
+        compare(probe.opened.length, 0);
+    }
+
+    function test_theDialogIsNamedForAssistiveTechnology() {
+        openSheet();
+        const dialogs = itemsBelow(page.Window.window.contentItem,
+                                   child => probe.accessible(child).role === "Dialog");
+        compare(dialogs.map(dialog => probe.accessible(dialog).name), ["About Cartloom"]);
     }
 
     function test_returnClosesItFromTheLicence() {
