@@ -4,8 +4,10 @@ import QtQuick
 
 /// The text styles and the colours of the window, by role. It is dark whatever the system's setting is.
 QtObject {
-    /// The largest size, in points, that a system has for its texts before the user asks for larger ones.
-    readonly property real usualPoints: 13
+    id: theme
+
+    /// The largest size, in points, that the system's texts have by default.
+    readonly property real usualPoints: Qt.platform.os === "osx" ? 13 : 11
     /// How much larger than usual the user wants all texts.
     property real textScale: Math.max(1, Application.font.pointSize / usualPoints)
 

@@ -63,6 +63,16 @@ PageCase {
         }
     }
 
+    function test_textFollowsTheDesktopsFontFromItsDefaultUpward_data() {
+        const scales = Qt.platform.os === "osx" ? { 10: 1, 13: 1, 26: 2 }
+                                                : { 8: 1, 10: 1, 11: 1, 13: 13 / 11, 22: 2 };
+        return Object.keys(scales).map(points => ({ tag: points + " points", points, scale: scales[points] }));
+    }
+
+    function test_textFollowsTheDesktopsFontFromItsDefaultUpward(row) {
+        fuzzyCompare(probe.textScaleFor(row.points), row.scale, 0.001);
+    }
+
     function test_theEndOfTheBarIsTheSameAboveAndBelow() {
         const bar = createTemporaryObject(barComponent, page);
         const image = grabImage(page);
