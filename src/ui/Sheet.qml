@@ -22,6 +22,7 @@ T.Dialog {
         radius: 14
         fillColor: Theme.raised
         strokeColor: Theme.raisedEdge
-        strokeWidth: 1
+        // Whole dots of the screen.
+        strokeWidth: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
     }
 }

@@ -13,6 +13,10 @@ Label {
         Qt.openUrlExternally(address);
     }
 
+    width: Math.min(Math.ceil(implicitWidth), parent.width)
+    height: Math.max(Math.ceil(implicitHeight), 24)
+    verticalAlignment: Text.AlignVCenter
+    font: Qt.font({ pixelSize: Theme.body.pixelSize, underline: hover.hovered })
     color: tap.pressed ? Theme.linkPressed : hover.hovered ? Theme.linkHovered : Theme.link
     visible: address !== ""
     activeFocusOnTab: true

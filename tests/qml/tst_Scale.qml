@@ -42,7 +42,7 @@ PageCase {
     }
 
     function test_nothingIsCutOff_data() {
-        return Object.keys(states).reduce((rows, state) => rows.concat([1, 1.5].map(
+        return Object.keys(states).reduce((rows, state) => rows.concat([1, 1.5, 2.5].map(
             textScale => ({ tag: state + ", text " + textScale, fields: states[state], textScale }))), []);
     }
 
@@ -87,6 +87,23 @@ PageCase {
         }
     }
 
+    function test_theEdgeOfTheCheckBoxIsTheSameOnEverySide() {
+        const ratio = Screen.devicePixelRatio;
+        const board = createTemporaryObject(checkComponent, page);
+        const image = grabImage(board);
+        const reach = 30 * ratio;
+        const rows = [(i, middle) => image.pixel(i, middle), (i, middle) => image.pixel(middle, i)];
+        const edges = rows.map(pixel => {
+            const colours = [];
+            for (let i = 0; i < reach; ++i)
+                colours.push(String(pixel(i, 10 * ratio + 7 * ratio)));
+            return colours.filter(colour => colour !== colours[0]);
+        });
+        verify(edges[0].length >= 13 * ratio, edges[0]);
+        compare(edges[0], edges[0].slice().reverse());
+        compare(edges[1], edges[0]);
+    }
+
     function test_theEdgesOfThePlayButtonAreSmooth() {
         const ratio = Screen.devicePixelRatio;
         const image = grabImage(page);
@@ -102,6 +119,22 @@ PageCase {
                 between += ![ground, green].includes(at(x, y));
         }
         verify(between >= 6 * ratio, between);
+    }
+
+    Component {
+        id: checkComponent
+
+        Rectangle {
+            width: 100
+            height: 100
+            color: Theme.background
+
+            CheckControl {
+                x: 10
+                y: 5
+                height: 24
+            }
+        }
     }
 
     Component {
