@@ -11,7 +11,7 @@ QtObject {
     /// How much larger than usual the user wants all texts.
     property real textScale: Math.max(1, Application.font.pointSize / usualPoints)
 
-    readonly property font gameTitle: Qt.font({ pixelSize: scaled(30), weight: Font.ExtraBold })
+    readonly property font gameTitle: Qt.font({ pixelSize: scaled(30), weight: Font.ExtraBold, family: roundedFamily })
     readonly property font bigButton: Qt.font({ pixelSize: scaled(22), weight: Font.Bold })
     readonly property font body: Qt.font({ pixelSize: scaled(13) })
     readonly property font headline: Qt.font({ pixelSize: scaled(13), weight: Font.Bold })
@@ -21,6 +21,10 @@ QtObject {
     readonly property font captionBold: Qt.font({ pixelSize: scaled(10), weight: Font.Bold })
     readonly property font caption2: Qt.font({ pixelSize: scaled(10) })
     readonly property font monospaced: Qt.font({ pixelSize: scaled(11), family: monospacedFamily })
+    readonly property string roundedFamily: Qt.platform.os === "osx" ? ".AppleSystemUIFontRounded"
+                                                                     : firstInstalled(roundedFamilies)
+    readonly property list<string> roundedFamilies: ["Nunito", "Quicksand", "Varela Round",
+                                                     "M PLUS Rounded 1c", "Comfortaa"]
     readonly property string monospacedFamily: Qt.platform.os === "osx" ? "Menlo" : "monospace"
 
     readonly property color background: Qt.rgba(0.09, 0.1, 0.12, 1)
@@ -74,6 +78,12 @@ QtObject {
         hovered: theme.faded(0.08)
         pressed: theme.faded(0.16)
         title: theme.text
+    }
+
+    /// The first of the families that is installed, else the default one.
+    function firstInstalled(families: list<string>): string {
+        const installed = Qt.fontFamilies();
+        return Array.from(families).find(family => installed.includes(family)) ?? Application.font.family;
     }
 
     /// A size of text in pixels, as large as the user wants it.
