@@ -121,7 +121,7 @@ void openAbout(const QQuickWindow& window)
 void openAboutAtItsEnd(QQuickWindow& window)
 {
     openAbout(window);
-    GalleryWindow::scrollToEnd(window, QStringLiteral("Close"));
+    GalleryWindow::scrollToEnd(window, QStringLiteral("Ares license"));
 }
 
 void readLicenceToItsEnd(QQuickWindow& window)

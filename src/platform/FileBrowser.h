@@ -6,8 +6,8 @@
 namespace cartloom::FileBrowser
 {
 
-/// Shows a folder in the system's file browser. Returns at once; what goes wrong is not reported. Main
-/// thread.
+/// Selects a folder in the system's file browser; opens it if the browser cannot select. Returns at once;
+/// errors are not reported. Main thread.
 void reveal(const std::filesystem::path& folder);
 
 } // namespace cartloom::FileBrowser

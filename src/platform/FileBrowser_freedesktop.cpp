@@ -17,7 +17,7 @@ void reveal(const std::filesystem::path& folder)
     const QUrl url = QUrl::fromLocalFile(toText(folder));
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowFolders"));
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     call.setArguments({QStringList{url.toString(QUrl::FullyEncoded)}, QString()});
     auto* const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
     const auto judge = [answer, url] {

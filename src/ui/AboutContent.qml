@@ -2,7 +2,7 @@
 import QtQuick
 import Cartloom
 
-/// What the About sheet says. Where the window is too low for it, it scrolls.
+/// The text of the About sheet, which scrolls in a low window, and the Close button below it.
 FocusScope {
     id: content
 
@@ -15,8 +15,13 @@ FocusScope {
 
     signal closed
 
+    /// A host name that no line ends in: word joiners follow its hyphens.
+    function unbroken(host: string): string {
+        return host.replace(/-/g, "-\u2060");
+    }
+
     focus: true
-    implicitHeight: column.implicitHeight
+    implicitHeight: column.implicitHeight + column.spacing + closeButton.height
 
     // Not the key that is still down from opening it.
     Keys.onReturnPressed: event => event.isAutoRepeat || closed()
@@ -25,8 +30,10 @@ FocusScope {
     PageScroll {
         id: scroll
         objectName: "aboutScroll"
-        anchors.fill: parent
-        anchors.margins: -content.bleed
+        x: -content.bleed
+        y: -content.bleed
+        width: parent.width + 2 * content.bleed
+        height: closeButton.y - column.spacing + 2 * content.bleed
         contentHeight: body.height
         scrollBarOutset: 14 - content.bleed
         focus: true
@@ -65,10 +72,13 @@ FocusScope {
                 }
 
                 Label {
+                    readonly property string before: "Ares is an open source emulator (ISC license) from "
+                    readonly property string after: ". It is downloaded from its official GitHub releases page."
+
                     objectName: "emulatorNote"
                     width: parent.width
-                    text: "Ares is an open source emulator (ISC license) from " + content.emulatorSite
-                          + ". It is downloaded from its official GitHub releases page."
+                    text: before + content.unbroken(content.emulatorSite) + after
+                    Accessible.name: before + content.emulatorSite + after
                 }
 
                 WebLink {
@@ -91,16 +101,18 @@ FocusScope {
                     text: AresLicence.text
                     textName: "licenceText"
                 }
-
-                PlainButton {
-                    objectName: "closeAbout"
-                    anchors.right: parent.right
-                    text: "Close"
-                    fillColor: down ? Theme.accentPressed : Theme.accent
-                    onClicked: content.closed()
-                    Accessible.defaultButton: true
-                }
             }
         }
+    }
+
+    PlainButton {
+        id: closeButton
+        objectName: "closeAbout"
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        text: "Close"
+        fill: Theme.defaultFill
+        onClicked: content.closed()
+        Accessible.defaultButton: true
     }
 }

@@ -13,10 +13,7 @@ PlainButton {
 
     topPadding: 6
     bottomPadding: 6
-    fillColor: isDefault ? (down ? Theme.accentPressed : Theme.accent)
-                         : destroys ? Theme.tinted(Theme.red, down ? 0.3 : 0.14)
-                                    : (down ? Theme.controlPressed : Theme.control)
-    titleColor: destroys ? Theme.red : Theme.text
+    fill: isDefault ? Theme.defaultFill : destroys ? Theme.destructiveFill : Theme.ordinaryFill
 
     Accessible.defaultButton: isDefault
 }

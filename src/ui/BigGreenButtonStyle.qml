@@ -22,5 +22,12 @@ ButtonBase {
         objectName: "bigButtonBackground"
         radius: control.cornerRadius
         fillColor: Theme.tinted(Theme.green, control.down ? 0.6 : 0.85)
+
+        SmoothRectangle {
+            anchors.fill: parent
+            radius: control.cornerRadius
+            fillColor: Theme.hoverShade
+            visible: control.hovered && control.enabled
+        }
     }
 }

@@ -9,6 +9,11 @@ T.AbstractButton {
 
     /// The corner radius of the focus ring's inner edge.
     property real cornerRadius: 3
+    /// A wider title wraps.
+    property real maximumWidth: parent?.width ?? implicitWidth
+    readonly property real minimumTarget: 24
+    /// The height of what is drawn, which may be less than the target's.
+    property real drawnHeight: height
     /// True if the focus came from the pointer. Unlike visualFocus, it outlives a popup or another window.
     property bool pointedAt: false
 
@@ -19,8 +24,15 @@ T.AbstractButton {
         clicked();
     }
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    /// The colour of a fill in the button's state.
+    function fillNow(fill: ButtonFill): color {
+        return down ? fill.pressed : hovered && enabled ? fill.hovered : fill.normal;
+    }
+
+    // Whole pixels, so that edges are sharp.
+    implicitWidth: Math.max(minimumTarget, Math.ceil(implicitContentWidth + leftPadding + rightPadding))
+    implicitHeight: Math.max(minimumTarget, Math.ceil(implicitContentHeight + topPadding + bottomPadding))
+    width: Math.min(implicitWidth, maximumWidth)
     hoverEnabled: true
 
     onFocusReasonChanged: {
@@ -43,5 +55,6 @@ T.AbstractButton {
     FocusRing {
         visible: control.activeFocus && !control.pointedAt
         innerRadius: control.cornerRadius
+        surplus: Math.floor((control.height - control.drawnHeight) / 2)
     }
 }

@@ -9,17 +9,19 @@ ButtonBase {
 
     checkable: true
     spacing: 6
+    drawnHeight: implicitContentHeight
     font: Theme.body
 
-    indicator: SmoothRectangle {
+    indicator: Rectangle {
         objectName: "checkIndicator"
         y: Math.floor((control.height - height) / 2)
         width: Theme.scaled(14)
         height: width
         radius: width / 4
-        fillColor: control.checked ? Theme.accent : control.down ? Theme.controlPressed : Theme.control
-        strokeColor: control.checked ? Theme.accent : control.hovered ? Theme.text : Theme.scrollHandle
-        strokeWidth: 1
+        color: control.fillNow(control.checked ? Theme.defaultFill : Theme.ordinaryFill)
+        // Whole dots of the screen.
+        border.width: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
+        border.color: control.hovered && control.enabled ? Theme.text : control.checked ? Theme.link : Theme.controlEdge
 
         Shape {
             objectName: "checkMark"

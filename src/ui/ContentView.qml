@@ -104,6 +104,7 @@ Rectangle {
             PlainButton {
                 objectName: "openROM"
                 anchors.horizontalCenter: parent.horizontalCenter
+                maximumWidth: column.lineWidth
                 text: "Open a ROM file (.z64 / .v64)..."
                 enabled: page.model.atRest
                 onClicked: page.model.openROM()

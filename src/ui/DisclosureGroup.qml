@@ -18,12 +18,18 @@ Column {
         objectName: "disclosureButton"
         text: group.label
         font: Theme.body
+        leftInset: -4
+        rightInset: -4
         onClicked: group.expanded = !group.expanded
 
         // Not the toolkit's "checkable", which would make it a check box.
         Accessible.checkable: true
         Accessible.checked: group.expanded
 
+        background: Rectangle {
+            radius: toggle.cornerRadius
+            color: toggle.fillNow(Theme.bareFill)
+        }
         contentItem: Row {
             spacing: 6
 
@@ -34,7 +40,6 @@ Column {
                 height: 10
                 scale: Theme.textScale
                 rotation: group.expanded ? 90 : 0
-                opacity: toggle.down ? 0.5 : toggle.hovered ? 1 : 0.8
 
                 ShapePath {
                     fillColor: "transparent"
@@ -56,6 +61,8 @@ Column {
             }
 
             Label {
+                width: Math.min(implicitWidth, toggle.maximumWidth - 16)
+                anchors.verticalCenter: parent.verticalCenter
                 text: toggle.text
                 font: toggle.font
                 Accessible.ignored: true

@@ -16,49 +16,62 @@ Column {
 
     spacing: 8
 
-    CheckControl {
-        objectName: "fullscreenToggle"
-        anchors.horizontalCenter: parent.horizontalCenter
-        text: "Fullscreen"
-        checked: footer.model.fullscreen
-        onClicked: footer.model.fullscreen = checked
+    // The targets in both rows are taller than the rows. They do not overlap.
+    Item {
+        objectName: "fullscreenRow"
+        width: parent.width
+        implicitHeight: fullscreen.indicator.height
+
+        CheckControl {
+            id: fullscreen
+            objectName: "fullscreenToggle"
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: -Math.min(2, (height - drawnHeight) / 4)
+            text: "Fullscreen"
+            checked: footer.model.fullscreen
+            onClicked: footer.model.fullscreen = checked
+        }
     }
 
-    Flow {
-        objectName: "footerLinks"
+    Item {
+        objectName: "linksRow"
+        width: parent.width
+        implicitHeight: links.implicitHeight - links.surplus
 
-        readonly property real oneLine: showInFinder.width + checkForUpdate.width + reset.width + about.width
-                                        + 3 * spacing
+        CentredFlow {
+            id: links
+            objectName: "footerLinks"
 
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: Math.min(oneLine, parent.width)
-        spacing: 14
+            readonly property real surplus: about.height - about.drawnHeight
 
-        LinkButton {
-            id: showInFinder
-            objectName: "showInFinder"
-            text: "Show in Finder"
-            onClicked: footer.model.revealStorage()
-        }
-        LinkButton {
-            id: checkForUpdate
-            objectName: "checkForUpdate"
-            text: "Check for a newer Ares"
-            enabled: footer.model.atRest
-            onClicked: footer.model.checkForUpdate()
-        }
-        LinkButton {
-            id: reset
-            objectName: "reset"
-            text: "Reset"
-            enabled: footer.model.atRest
-            onClicked: footer.model.confirmReset = true
-        }
-        LinkButton {
-            id: about
-            objectName: "about"
-            text: "About"
-            onClicked: footer.aboutRequested()
+            y: -surplus / 2
+            width: parent.width
+            spacing: 14
+
+            LinkButton {
+                objectName: "showInFinder"
+                text: "Show in Finder"
+                onClicked: footer.model.revealStorage()
+            }
+            LinkButton {
+                objectName: "checkForUpdate"
+                text: "Check for a newer Ares"
+                enabled: footer.model.atRest
+                onClicked: footer.model.checkForUpdate()
+            }
+            LinkButton {
+                objectName: "reset"
+                text: "Reset"
+                enabled: footer.model.atRest
+                onClicked: footer.model.confirmReset = true
+            }
+            LinkButton {
+                id: about
+                objectName: "about"
+                text: "About"
+                onClicked: footer.aboutRequested()
+            }
         }
     }
 

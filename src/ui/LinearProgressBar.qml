@@ -25,7 +25,7 @@ T.ProgressBar {
             width: control.visualPosition * parent.width
             height: parent.height
             radius: control.cornerRadius
-            color: Theme.accent
+            color: Theme.progress
         }
 
         Rectangle {
@@ -34,7 +34,7 @@ T.ProgressBar {
             width: parent.width / 4
             height: parent.height
             radius: control.cornerRadius
-            color: Theme.accent
+            color: Theme.progress
 
             SequentialAnimation on x {
                 objectName: "progressTravel"

@@ -7,12 +7,15 @@ ButtonBase {
     id: control
 
     cornerRadius: 2
-    font: Theme.caption
+    drawnHeight: implicitContentHeight
+    font: Qt.font({ pixelSize: Theme.caption.pixelSize, underline: hovered && enabled })
     opacity: enabled ? 1 : 0.4
 
     contentItem: Label {
         text: control.text
         font: control.font
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
         color: control.down ? Theme.linkPressed : control.hovered ? Theme.linkHovered : Theme.link
         Accessible.ignored: true
     }

@@ -6,8 +6,7 @@ import Cartloom
 ButtonBase {
     id: control
 
-    property color fillColor: down ? Theme.controlPressed : Theme.control
-    property color titleColor: Theme.text
+    property ButtonFill fill: Theme.ordinaryFill
 
     cornerRadius: 6
     horizontalPadding: 12
@@ -18,20 +17,13 @@ ButtonBase {
     contentItem: Label {
         text: control.text
         font: control.font
-        color: control.titleColor
+        color: control.fill.title
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
     background: Rectangle {
         radius: control.cornerRadius
-        color: control.fillColor
-
-        Rectangle {
-            anchors.fill: parent
-            radius: parent.radius
-            color: Theme.hoverTint
-            visible: control.hovered && !control.down
-        }
+        color: control.fillNow(control.fill)
     }
 }

@@ -48,13 +48,14 @@ T.ScrollView {
         padding: 2
         minimumSize: 0.1
         visible: size < 1
+        hoverEnabled: true
 
         contentItem: Rectangle {
             implicitWidth: 6
             implicitHeight: 6
             // Less than half the width: a scale factor may give that an odd number of dots.
             radius: 2.5
-            color: scrollBar.pressed ? Theme.text : Theme.scrollHandle
+            color: scrollBar.pressed ? Theme.text : scrollBar.hovered ? Theme.scrollHandleHovered : Theme.scrollHandle
         }
     }
 }

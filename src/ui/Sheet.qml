@@ -11,6 +11,8 @@ T.Dialog {
     modal: true
     focus: true
     visible: true
+    // Qt 6.4 leaves a dialog without a name for assistive technology.
+    Component.onCompleted: contentItem.parent.Accessible.name = title
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
@@ -20,6 +22,7 @@ T.Dialog {
         radius: 14
         fillColor: Theme.raised
         strokeColor: Theme.raisedEdge
-        strokeWidth: 1
+        // Whole dots of the screen.
+        strokeWidth: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
     }
 }

@@ -11,10 +11,14 @@ Item {
     property color fillColor: "transparent"
     property ShapeGradient gradient: null
     property color strokeColor: "transparent"
+    /// The stroke lies inside. Half of it covers the fill, so give it an opaque colour.
     property real strokeWidth: 0
 
-    readonly property real halfSide: Math.min(width, height) / 2
-    readonly property real arcRadius: Math.min(radius, halfSide)
+    readonly property real inset: strokeWidth / 2
+    readonly property real farX: width - inset
+    readonly property real farY: height - inset
+    readonly property real halfSide: Math.min(width, height) / 2 - inset
+    readonly property real arcRadius: Math.min(radius - inset, halfSide)
     /// How far from the corner its curve begins.
     readonly property real reach: Math.min(1.5287 * arcRadius, halfSide)
     /// How far from the corner the curve's control points are, for it to pass where a circular arc would.
@@ -32,55 +36,55 @@ Item {
             strokeColor: shape.strokeColor
             strokeWidth: shape.strokeWidth > 0 ? shape.strokeWidth : -1
 
-            startX: shape.reach
-            startY: 0
+            startX: shape.inset + shape.reach
+            startY: shape.inset
             PathLine {
-                x: shape.width - shape.reach
-                y: 0
+                x: shape.farX - shape.reach
+                y: shape.inset
             }
             PathCubic {
-                control1X: shape.width - shape.pull
-                control1Y: 0
-                control2X: shape.width
-                control2Y: shape.pull
-                x: shape.width
-                y: shape.reach
+                control1X: shape.farX - shape.pull
+                control1Y: shape.inset
+                control2X: shape.farX
+                control2Y: shape.inset + shape.pull
+                x: shape.farX
+                y: shape.inset + shape.reach
             }
             PathLine {
-                x: shape.width
-                y: shape.height - shape.reach
+                x: shape.farX
+                y: shape.farY - shape.reach
             }
             PathCubic {
-                control1X: shape.width
-                control1Y: shape.height - shape.pull
-                control2X: shape.width - shape.pull
-                control2Y: shape.height
-                x: shape.width - shape.reach
-                y: shape.height
+                control1X: shape.farX
+                control1Y: shape.farY - shape.pull
+                control2X: shape.farX - shape.pull
+                control2Y: shape.farY
+                x: shape.farX - shape.reach
+                y: shape.farY
             }
             PathLine {
-                x: shape.reach
-                y: shape.height
+                x: shape.inset + shape.reach
+                y: shape.farY
             }
             PathCubic {
-                control1X: shape.pull
-                control1Y: shape.height
-                control2X: 0
-                control2Y: shape.height - shape.pull
-                x: 0
-                y: shape.height - shape.reach
+                control1X: shape.inset + shape.pull
+                control1Y: shape.farY
+                control2X: shape.inset
+                control2Y: shape.farY - shape.pull
+                x: shape.inset
+                y: shape.farY - shape.reach
             }
             PathLine {
-                x: 0
-                y: shape.reach
+                x: shape.inset
+                y: shape.inset + shape.reach
             }
             PathCubic {
-                control1X: 0
-                control1Y: shape.pull
-                control2X: shape.pull
-                control2Y: 0
-                x: shape.reach
-                y: 0
+                control1X: shape.inset
+                control1Y: shape.inset + shape.pull
+                control2X: shape.inset + shape.pull
+                control2Y: shape.inset
+                x: shape.inset + shape.reach
+                y: shape.inset
             }
         }
     }

@@ -13,12 +13,15 @@ Label {
         Qt.openUrlExternally(address);
     }
 
+    width: Math.min(Math.ceil(implicitWidth), parent.width)
+    height: Math.max(Math.ceil(implicitHeight), 24)
+    verticalAlignment: Text.AlignVCenter
+    font: Qt.font({ pixelSize: Theme.body.pixelSize, underline: hover.hovered })
     color: tap.pressed ? Theme.linkPressed : hover.hovered ? Theme.linkHovered : Theme.link
     visible: address !== ""
     activeFocusOnTab: true
 
-    Keys.onReturnPressed: event => event.isAutoRepeat || follow()
-    Keys.onEnterPressed: event => event.isAutoRepeat || follow()
+    // Return is left to the sheet's default button.
     Keys.onSpacePressed: event => event.isAutoRepeat || follow()
 
     Accessible.role: Accessible.Link

@@ -17,6 +17,7 @@
 #include <QIcon>
 #include <QMetaEnum>
 #include <QQmlApplicationEngine>
+#include <QQmlComponent>
 
 #include <functional>
 
@@ -273,6 +274,21 @@ bool PageProbe::prefersFullscreen() const
 bool PageProbe::hasIcon(QQuickWindow* window) const
 {
     return !window->icon().isNull();
+}
+
+double PageProbe::textScaleFor(double points) const
+{
+    const QFont usual = QGuiApplication::font();
+    QFont font = usual;
+    font.setPointSizeF(points);
+    QGuiApplication::setFont(font);
+    QQmlEngine engine;
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    QQmlComponent component(&engine);
+    component.setData("import QtQml; import Cartloom; QtObject { property real scale: Theme.textScale }", {});
+    const std::unique_ptr<QObject> theme(component.create());
+    QGuiApplication::setFont(usual);
+    return theme ? theme->property("scale").toDouble() : 0;
 }
 
 void PageProbe::open(const QUrl& address)

@@ -70,6 +70,8 @@ public:
     /// What the preferences say about full-screen mode.
     Q_INVOKABLE bool prefersFullscreen() const;
     Q_INVOKABLE bool hasIcon(QQuickWindow* window) const;
+    /// The theme's text scale for a desktop font of that size in points.
+    Q_INVOKABLE double textScaleFor(double points) const;
 
 Q_SIGNALS:
     void modelChanged();

@@ -5,6 +5,7 @@ import Cartloom
 
 /// The About sheet.
 PageCase {
+    id: testCase
     name: "About"
 
     function about(name) {
@@ -18,7 +19,7 @@ PageCase {
     }
 
     function openSheet() {
-        mouseClick(item("about"));
+        item("about").clicked();
         tryVerify(() => popup("aboutView")?.opened);
         waitForRendering(page);
     }
@@ -36,7 +37,7 @@ PageCase {
                 "Quillet!64 belongs to its authors (Fernhollow Studios, made for the Homecart Game Jam). "
                 + "This app does not contain the game. It only downloads it from their official page, and "
                 + "you can get it there yourself:");
-        compare(about("emulatorNote").text,
+        compare(probe.accessible(about("emulatorNote")).name,
                 "Ares is an open source emulator (ISC license) from " + model.emulatorSite
                 + ". It is downloaded from its official GitHub releases page.");
         compare(about("storeLink").text, "127.0.0.1:1/quillet64");
@@ -62,10 +63,13 @@ PageCase {
         const parts = Array.from(about("aboutColumn").children).filter(child => child.visible)
             .sort((a, b) => a.y - b.y);
         compare(parts.map(part => part.objectName), ["aboutTitle", "gameCredit", "storeLink", "emulatorNote",
-                "emulatorLink", "licenceHeading", "licencePane", "closeAbout"]);
+                "emulatorLink", "licenceHeading", "licencePane"]);
         parts.slice(1).forEach((part, i) => compare(part.y - parts[i].y - parts[i].height, 10));
         const close = about("closeAbout");
         compare(close.x + close.width, 420);
+        const pane = about("licencePane");
+        compare(close.mapToItem(pane, 0, 0).y, pane.height + 10);
+        compare(close.y + close.height, popup("aboutView").contentItem.height);
     }
 
     function test_fonts() {
@@ -105,20 +109,15 @@ PageCase {
         }
     }
 
-    function test_linksAreReachedAndFollowedWithTheKeyboard_data() {
-        return [{ tag: "Space", key: Qt.Key_Space }, { tag: "Return", key: Qt.Key_Return },
-                { tag: "Enter", key: Qt.Key_Enter }];
-    }
-
-    function test_linksAreReachedAndFollowedWithTheKeyboard(row) {
+    function test_linksAreReachedWithTabAndFollowedWithSpace() {
         openSheet();
         for (let time = 0; time < 10 && !about("storeLink").activeFocus; ++time)
             keyClick(Qt.Key_Tab);
         verify(findChild(about("storeLink"), "focusRing").visible);
-        keyClick(row.key);
+        keyClick(Qt.Key_Space);
         keyClick(Qt.Key_Tab);
         verify(about("emulatorLink").activeFocus);
-        keyClick(row.key);
+        keyClick(Qt.Key_Space);
         compare(probe.opened.map(String), [String(model.storePage), "https://" + model.emulatorSite + "/"]);
         verify(page.showAbout);
     }
@@ -154,6 +153,25 @@ PageCase {
         }
     }
 
+    function test_returnClosesItWhileALinkHasFocus_data() {
+        return [{ tag: "Return", key: Qt.Key_Return }, { tag: "Enter", key: Qt.Key_Enter }];
+    }
+
+    function test_returnClosesItWhileALinkHasFocus(row) {
+        openSheet();
+        about("storeLink").forceActiveFocus(Qt.TabFocusReason);
+        keyClick(row.key);
+        tryVerify(() => !popup("aboutView")?.visible);
+        compare(probe.opened.length, 0);
+    }
+
+    function test_theDialogIsNamedForAssistiveTechnology() {
+        openSheet();
+        const dialogs = itemsBelow(page.Window.window.contentItem,
+                                   child => probe.accessible(child).role === "Dialog");
+        compare(dialogs.map(dialog => probe.accessible(dialog).name), ["About Cartloom"]);
+    }
+
     function test_returnClosesItFromTheLicence() {
         openSheet();
         mouseClick(about("licenceText"), 10, 10);
@@ -180,15 +198,52 @@ PageCase {
         verify(findChild(about("aboutScroll"), "scrollBar").visible);
     }
 
+    function test_closeStaysBelowTheScrollingText() {
+        Theme.textScale = 2;
+        openSheet();
+        const sheet = popup("aboutView");
+        const scroll = about("aboutScroll");
+        const close = about("closeAbout");
+        verify(scroll.contentHeight > scroll.height);
+        for (const position of [0, scroll.contentHeight - scroll.height]) {
+            scroll.view.contentY = position;
+            const bottom = close.mapToItem(sheet.contentItem, 0, close.height).y;
+            compare(bottom, sheet.contentItem.height);
+        }
+        mouseClick(close);
+        tryVerify(() => !popup("aboutView")?.visible);
+    }
+
+    function test_noLineEndsInsideTheDomainName() {
+        openSheet();
+        popup("aboutView").emulatorSite = "ares-emu.net";
+        const note = about("emulatorNote");
+        const layout = createTemporaryObject(layoutComponent, testCase,
+                                             { font: note.font, wrapMode: note.wrapMode, text: note.text });
+        const start = note.text.indexOf("ares-");
+        const end = note.text.indexOf("net") + 2;
+        verify(start > 0 && end > start);
+        const lines = new Set();
+        for (let width = 120; width <= 600; ++width) {
+            layout.width = width;
+            const top = layout.positionToRectangle(start).y;
+            compare(layout.positionToRectangle(end).y, top, width);
+            lines.add(top);
+        }
+        verify(lines.size > 1);
+    }
+
     function test_whatIsScrolledOutOfSightIsNotDrawn() {
         Theme.textScale = 1.6;
         openSheet();
-        const bottom = about("aboutScroll").mapToItem(page, 0, about("aboutScroll").height).y;
-        verify(about("closeAbout").mapToItem(page, 0, 0).y > bottom);
+        const scroll = about("aboutScroll");
+        const bottom = scroll.mapToItem(page, 0, scroll.height).y;
+        const close = about("closeAbout").mapToItem(page, 0, 0);
+        verify(about("licencePane").mapToItem(page, 0, 170).y > bottom);
         const picture = grabImage(page.Window.window.contentItem);
-        for (let y = bottom; y < page.height; ++y) {
-            for (let x = 300; x < 460; ++x)
-                verify(!Qt.colorEqual(picture.pixel(x, y), Theme.accent), x + ", " + y);
+        for (let y = bottom; y < close.y; ++y) {
+            for (let x = 40; x < 440; ++x)
+                compare(String(picture.pixel(x, y)), String(Theme.raised), x + ", " + y);
         }
     }
 
@@ -202,5 +257,12 @@ PageCase {
         const picture = grabImage(page.Window.window.contentItem);
         const middle = ring.mapToItem(page, 1, ring.height / 2);
         compare(String(picture.pixel(middle.x, middle.y)), String(Theme.focusRing));
+    }
+
+    Component {
+        id: layoutComponent
+
+        TextEdit {
+        }
     }
 }

@@ -7,6 +7,10 @@ import Cartloom
 PageCase {
     name: "Footer"
 
+    function cleanup() {
+        Theme.textScale = 1;
+    }
+
     function stages() {
         return ["idle", "gettingAres", "gettingGame", "starting", "playing"];
     }
@@ -14,7 +18,7 @@ PageCase {
     function test_columnSpacing8RowSpacing14() {
         probe.put({ aresVersion: "v141" });
         waitForRendering(page);
-        const parts = ["fullscreenToggle", "footerLinks", "statusLine"].map(name => place(name));
+        const parts = ["fullscreenRow", "linksRow", "statusLine"].map(name => place(name));
         compare(parts[1].y - parts[0].y - parts[0].height, 8);
         compare(parts[2].y - parts[1].y - parts[1].height, 8);
         const links = ["showInFinder", "checkForUpdate", "reset", "about"];
@@ -25,7 +29,35 @@ PageCase {
             compare(place(name).y, place(links[i]).y);
             compare(item(name).font.pixelSize, 10);
         });
-        fuzzyCompare(parts[1].x + parts[1].width / 2, 240, 0.5);
+        fuzzyCompare((place("showInFinder").x + place("about").x + place("about").width) / 2, 240, 0.5);
+        fuzzyCompare(place("fullscreenToggle").x + place("fullscreenToggle").width / 2, 240, 0.5);
+    }
+
+    function test_targetsDoNotOverlap_data() {
+        return [{ tag: "1", textScale: 1 }, { tag: "1.5", textScale: 1.5 }];
+    }
+
+    function test_targetsDoNotOverlap(row) {
+        Theme.textScale = row.textScale;
+        waitForRendering(page);
+        const toggle = place("fullscreenToggle");
+        verify(toggle.y >= place("controlsCard").y + place("controlsCard").height);
+        verify(toggle.y + toggle.height <= place("showInFinder").y);
+    }
+
+    function test_everyLineOfAWrappedRowIsCentred() {
+        Theme.textScale = 2;
+        waitForRendering(page);
+        const lines = {};
+        for (const name of ["showInFinder", "checkForUpdate", "reset", "about"])
+            lines[place(name).y] = (lines[place(name).y] ?? []).concat([place(name)]);
+        verify(Object.keys(lines).length > 1);
+        for (const links of Object.values(lines)) {
+            const right = links[links.length - 1].x + links[links.length - 1].width;
+            fuzzyCompare((links[0].x + right) / 2, 240, 0.5);
+        }
+        const bottom = Math.max(...Object.keys(lines).map(Number)) + place("about").height;
+        compare(place("footerLinks").y + place("footerLinks").height, bottom);
     }
 
     function test_whatIsDisabledInWhichStage_data() {

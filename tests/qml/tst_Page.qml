@@ -52,7 +52,12 @@ PageCase {
         compare(title.text, "Quillet!64");
         compare(title.font.pixelSize, 30);
         compare(title.font.weight, Font.ExtraBold);
+        compare(title.font.family, Theme.roundedFamily);
         compareColor(title.color, "#ffffff", 1);
+    }
+
+    function test_withoutARoundedFaceTheTitleHasTheDefaultOne() {
+        compare(Theme.firstInstalled(["No such family"]), Application.font.family);
     }
 
     function test_theBlurbIsWholeAndWraps() {

@@ -42,7 +42,7 @@ PageCase {
     }
 
     function test_nothingIsCutOff_data() {
-        return Object.keys(states).reduce((rows, state) => rows.concat([1, 1.5].map(
+        return Object.keys(states).reduce((rows, state) => rows.concat([1, 1.5, 2.5].map(
             textScale => ({ tag: state + ", text " + textScale, fields: states[state], textScale }))), []);
     }
 
@@ -63,6 +63,16 @@ PageCase {
         }
     }
 
+    function test_textFollowsTheDesktopsFontFromItsDefaultUpward_data() {
+        const scales = Qt.platform.os === "osx" ? { 10: 1, 13: 1, 26: 2 }
+                                                : { 8: 1, 10: 1, 11: 1, 13: 13 / 11, 22: 2 };
+        return Object.keys(scales).map(points => ({ tag: points + " points", points, scale: scales[points] }));
+    }
+
+    function test_textFollowsTheDesktopsFontFromItsDefaultUpward(row) {
+        fuzzyCompare(probe.textScaleFor(row.points), row.scale, 0.001);
+    }
+
     function test_theEndOfTheBarIsTheSameAboveAndBelow() {
         const bar = createTemporaryObject(barComponent, page);
         const image = grabImage(page);
@@ -75,6 +85,23 @@ PageCase {
             verify(seen.length >= 2, column);
             compare(seen, seen.slice().reverse());
         }
+    }
+
+    function test_theEdgeOfTheCheckBoxIsTheSameOnEverySide() {
+        const ratio = Screen.devicePixelRatio;
+        const board = createTemporaryObject(checkComponent, page);
+        const image = grabImage(board);
+        const reach = 30 * ratio;
+        const rows = [(i, middle) => image.pixel(i, middle), (i, middle) => image.pixel(middle, i)];
+        const edges = rows.map(pixel => {
+            const colours = [];
+            for (let i = 0; i < reach; ++i)
+                colours.push(String(pixel(i, 10 * ratio + 7 * ratio)));
+            return colours.filter(colour => colour !== colours[0]);
+        });
+        verify(edges[0].length >= 13 * ratio, edges[0]);
+        compare(edges[0], edges[0].slice().reverse());
+        compare(edges[1], edges[0]);
     }
 
     function test_theEdgesOfThePlayButtonAreSmooth() {
@@ -92,6 +119,22 @@ PageCase {
                 between += ![ground, green].includes(at(x, y));
         }
         verify(between >= 6 * ratio, between);
+    }
+
+    Component {
+        id: checkComponent
+
+        Rectangle {
+            width: 100
+            height: 100
+            color: Theme.background
+
+            CheckControl {
+                x: 10
+                y: 5
+                height: 24
+            }
+        }
     }
 
     Component {

@@ -6,15 +6,15 @@ from gi.repository import Gio, GLib
 from screenreader import wait_for
 
 NAME = "org.freedesktop.FileManager1"
-INTERFACE = f"""<node><interface name="{NAME}"><method name="ShowFolders">
+INTERFACE = f"""<node><interface name="{NAME}"><method name="ShowItems">
 <arg type="as" direction="in"/><arg type="s" direction="in"/></method></interface></node>"""
 
 
 class FileManager:
-    """Remembers which folders it was asked to show, once the name on the session bus is its own."""
+    """Records the items that it was asked to select, once it owns its name on the session bus."""
 
     def __init__(self):
-        self._shown = []
+        self._selected = []
         self._owned = False
         self._owner = Gio.bus_own_name(Gio.BusType.SESSION, NAME, Gio.BusNameOwnerFlags.NONE,
                                        self._on_bus, self._on_owned, None)
@@ -28,7 +28,7 @@ class FileManager:
         self._owned = True
 
     def _on_call(self, _connection, _sender, _path, _interface, _method, arguments, invocation):
-        self._shown.append(arguments.unpack()[0])
+        self._selected.append(arguments.unpack()[0])
         invocation.return_value(None)
 
     @staticmethod
@@ -37,9 +37,9 @@ class FileManager:
             pass
 
     @property
-    def shown(self):
+    def selected(self):
         self._turn()
-        return self._shown
+        return self._selected
 
     def close(self):
         Gio.bus_unown_name(self._owner)

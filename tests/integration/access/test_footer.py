@@ -69,18 +69,19 @@ class Footer(LauncherTest):
         self.assertFalse((self.storage / "Quillet64.z64").exists())
         self.assertFalse((self.storage / "Ares").exists())
 
-    def test_the_folder_is_shown_by_the_file_manager(self):
+    def test_the_folder_is_selected_in_the_file_manager(self):
         manager = FileManager()
         self.addCleanup(manager.close)
         launcher = self.launch()
         launcher.press("Show in Finder")
-        wait_for("the file manager was asked", lambda: manager.shown)
-        self.assertEqual(manager.shown, [[self.storage.as_uri()]])
+        wait_for("the file manager was asked", lambda: manager.selected)
+        self.assertEqual(manager.selected, [[self.storage.as_uri()]])
         self.assertTrue(self.storage.is_dir())
 
     def test_about_opens_and_closes(self):
         launcher = self.launch()
         launcher.press("About")
+        launcher.find(("dialog",), "About Cartloom")
         launcher.find(LABEL, "About Cartloom")
         for place in ("127.0.0.1*/quillet64", "ares-emu.net"):
             launcher.find(("link",), place)
