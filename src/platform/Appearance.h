@@ -4,9 +4,9 @@
 namespace cartloom::Appearance
 {
 
-/// Asks the system to draw what it draws for this program, such as the window's frame and the file panel, for
-/// a dark window, whatever the user's setting is. Without effect before Qt 6.8, which cannot ask. Main
-/// thread, once the application object exists.
+/// Asks the system for dark window frames and file panels, whatever the user's setting is. It affects windows
+/// that are created later. Before Qt 6.8, only X11 can be asked. Main thread, once the application object
+/// exists.
 void askForDark();
 
 } // namespace cartloom::Appearance
