@@ -3,6 +3,8 @@
 
 #include "GalleryWindow.h"
 
+#include <tuple>
+
 namespace cartloom
 {
 
@@ -146,6 +148,37 @@ void useKeyboard(QQuickWindow& window)
     GalleryWindow::tab(window, 4);
 }
 
+/// One picture per control, of the pointer in action on it.
+std::vector<GalleryState> statesOfControls(const QString& ending,
+                                           const std::function<void(QQuickWindow&, const QString&)>& act)
+{
+    const std::tuple<QString, void (*)(AppModel&), QString> controls[] = {
+        {QStringLiteral("play"), beSetUp, QStringLiteral("Play")},
+        {QStringLiteral("open"), beSetUp, QStringLiteral("Open a ROM file (.z64 / .v64)...")},
+        {QStringLiteral("fullscreen"), useExternal, QStringLiteral("Fullscreen")},
+        {QStringLiteral("link"), beSetUp, QStringLiteral("Check for a newer Ares")},
+        {QStringLiteral("details"), failAtLength, QStringLiteral("Show Details")},
+        {QStringLiteral("delete"), askWhetherToReset, QStringLiteral("Delete")},
+        {QStringLiteral("update"), offerUpdate, QStringLiteral("Update")},
+    };
+    std::vector<GalleryState> all;
+    for (const auto& [name, put, text] : controls)
+        all.push_back(
+            {name + ending, put, text, [act, text = text](QQuickWindow& window) { act(window, text); }});
+    return all;
+}
+
+std::vector<GalleryState> statesOfHover()
+{
+    return statesOfControls(QStringLiteral("-hovered"), GalleryWindow::pointAt);
+}
+
+/// The last pictures: the mouse button is not let go, which would be a click.
+std::vector<GalleryState> statesOfPress()
+{
+    return statesOfControls(QStringLiteral("-pressed"), GalleryWindow::hold);
+}
+
 std::vector<GalleryState> statesOfWork()
 {
     return {
@@ -216,7 +249,8 @@ std::vector<GalleryState> statesOfOtherSizes()
 std::vector<GalleryState> galleryStates()
 {
     std::vector<GalleryState> all;
-    for (auto* const part : {statesOfWork, statesOfMessages, statesAbovePage, statesOfOtherSizes}) {
+    for (auto* const part : {statesOfHover, statesOfWork, statesOfMessages, statesAbovePage,
+                             statesOfOtherSizes, statesOfPress}) {
         for (auto& state : part())
             all.push_back(std::move(state));
     }

@@ -60,6 +60,24 @@ void GalleryWindow::press(const QQuickWindow& window, const QString& text)
         throw std::runtime_error("\"" + text.toStdString() + "\" cannot be pressed");
 }
 
+QPoint GalleryWindow::pointAt(QQuickWindow& window, const QString& text)
+{
+    requireShown(window, text);
+    // What is drawn has been laid out.
+    static_cast<void>(settledPicture(window, false));
+    const QQuickItem* const item = itemSaying(window.contentItem(), text);
+    const QPoint middle = item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
+    // Qt passes over a move to where the pointer was in the window before.
+    QTest::mouseMove(&window, {1, 1});
+    QTest::mouseMove(&window, middle);
+    return middle;
+}
+
+void GalleryWindow::hold(QQuickWindow& window, const QString& text)
+{
+    QTest::mousePress(&window, Qt::LeftButton, {}, pointAt(window, text));
+}
+
 void GalleryWindow::tab(QQuickWindow& window, int times)
 {
     window.requestActivate();

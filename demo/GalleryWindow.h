@@ -19,6 +19,10 @@ void requireShown(const QQuickWindow& window, const QString& text);
 
 /// Presses the button with the text, also where it lies below the edge of a small window.
 void press(const QQuickWindow& window, const QString& text);
+/// Moves the pointer to the element with the text; returns where it is.
+QPoint pointAt(QQuickWindow& window, const QString& text);
+/// Holds the mouse button down on the element with the text.
+void hold(QQuickWindow& window, const QString& text);
 /// Presses Tab so many times.
 void tab(QQuickWindow& window, int times);
 /// Scrolls to the end of what the element with the text shows or lies in.

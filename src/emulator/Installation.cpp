@@ -15,6 +15,7 @@
 #include "storage/WholeFiles.h"
 #include "storage/WorkFolder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <system_error>
 
@@ -33,7 +34,8 @@ HttpRequest requestFor(const AresRelease& release, std::chrono::milliseconds tim
 {
     auto limits = limitsFor(timeout);
     // One byte more shows that there is too much.
-    limits.maxBodyBytes = (release.size < 1 ? maxReleaseBytes : release.size) + 1;
+    const qint64 plausible = release.size < 1 ? maxReleaseBytes : release.size;
+    limits.maxBodyBytes = std::min(plausible, limits.maxBodyBytes - 1) + 1;
     return {.url = release.downloadURL,
             .headers = {"User-Agent: QuilletPlayer"},
             .limits = limits,

@@ -67,6 +67,9 @@ void Appearance::askForDark()
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
     QGuiApplication::styleHints()->setColorScheme(Qt::ColorScheme::Dark);
 #endif
+    // The offscreen platform has the interface, too, and no X11 windows.
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+        return;
     if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
         qGuiApp->installEventFilter(new DarkFrames(qGuiApp, x11->connection()));
 }

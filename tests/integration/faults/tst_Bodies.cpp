@@ -48,7 +48,7 @@ private Q_SLOTS:
             addRow("20 shorter than announced", wait, -1005,
                    [](const QByteArray& body) { return httpAnswer(200, body).chopped(1); });
             addRow("22 chunk that ends early", wait, -1005,
-                   [](const QByteArray& body) { return inChunks + chunk(body) + "10\r\nhalf"; });
+                   [](const QByteArray& body) { return inChunks + chunk(body.chopped(16)) + "10\r\nhalf"; });
             addRow("22 no last chunk", wait, -1005,
                    [](const QByteArray& body) { return inChunks + chunk(body); });
             for (const char* const size : {"fffffffffffffffff", "-5", "many"})
