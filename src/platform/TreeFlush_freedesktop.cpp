@@ -9,9 +9,14 @@ namespace cartloom
 
 void flushTree(const std::filesystem::path& folder)
 {
+    const auto descriptor = FileDescriptor::openForReading(folder);
+#ifdef __linux__
     // One call for the whole file system is quicker than one for each file.
-    if (::syncfs(FileDescriptor::openForReading(folder).get()) != 0)
+    if (::syncfs(descriptor.get()) != 0)
         throw lastSystemError();
+#else
+    ::sync();
+#endif
 }
 
 } // namespace cartloom
