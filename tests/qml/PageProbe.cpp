@@ -17,8 +17,10 @@
 #include <QIcon>
 #include <QMetaEnum>
 #include <QQmlApplicationEngine>
+#include <QQmlComponent>
 
 #include <functional>
+#include <memory>
 
 namespace cartloom
 {
@@ -273,6 +275,21 @@ bool PageProbe::prefersFullscreen() const
 bool PageProbe::hasIcon(QQuickWindow* window) const
 {
     return !window->icon().isNull();
+}
+
+qreal PageProbe::textScaleFor(qreal points) const
+{
+    const QFont usual = QGuiApplication::font();
+    QFont font = usual;
+    font.setPointSizeF(points);
+    QGuiApplication::setFont(font);
+    QQmlEngine engine;
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    QQmlComponent component(&engine);
+    component.setData("import QtQml\nimport Cartloom\nQtObject { property real scale: Theme.textScale }", {});
+    const std::unique_ptr<QObject> object(component.create());
+    QGuiApplication::setFont(usual);
+    return object ? object->property("scale").toReal() : 0;
 }
 
 void PageProbe::open(const QUrl& address)

@@ -70,6 +70,8 @@ public:
     /// What the preferences say about full-screen mode.
     Q_INVOKABLE bool prefersFullscreen() const;
     Q_INVOKABLE bool hasIcon(QQuickWindow* window) const;
+    /// How much larger than usual all texts are if the program starts with a desktop font of this size.
+    Q_INVOKABLE qreal textScaleFor(qreal points) const;
 
 Q_SIGNALS:
     void modelChanged();

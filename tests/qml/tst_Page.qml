@@ -160,4 +160,14 @@ PageCase {
         mouseWheel(page, 240, 300, 0, -1200);
         tryVerify(() => scroll.view.contentY > 0);
     }
+
+    function test_titleAndHintAreCentred() {
+        for (const name of ["gameTitle", "hint"])
+            compare(item(name).horizontalAlignment, Text.AlignHCenter, name);
+    }
+
+    function test_textsAreAsLargeAsTheDesktopWants() {
+        compare(probe.textScaleFor(13), 1);
+        compare(probe.textScaleFor(26), 2);
+    }
 }
