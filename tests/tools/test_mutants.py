@@ -4,7 +4,6 @@
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import tempfile
 import unittest
@@ -102,16 +101,25 @@ class Mutants(unittest.TestCase):
 
     def test_the_next_mutant_starts_from_the_present_state_of_the_tree(self):
         returns = mutant("returns", "return sum", "return 0", "Second")
-        copy = self.project / "build/mutants"
+        copy = self.project / "build/mutants/src"
+        self.write("src/removed.cpp", "")
         self.assertEqual(self.run_tool([SUBTRACTS, returns])[0], 0)
-        self.assertEqual((copy / "src/sum.cpp").read_text(), SOURCE)
+        self.assertEqual((copy / "sum.cpp").read_text(), SOURCE)
+        (self.project / "src/removed.cpp").unlink()
         self.write("src/sum.cpp", SOURCE + "// more\n")
-        shutil.move(self.project / "tools/cmake", self.project / "tools/old")
-        self.write("tools/cmake", CMAKE)
+        os.utime(self.project / "src/sum.cpp", (0, 0))
+        self.assertEqual(self.run_tool([returns])[0], 0)
+        self.assertEqual((copy / "sum.cpp").read_text(), SOURCE + "// more\n")
+        self.assertFalse((copy / "removed.cpp").exists())
+
+    def test_what_differs_is_newer_than_what_was_built(self):
+        os.utime(self.project / "src/sum.cpp", (0, 0))
+        self.assertEqual(self.run_tool([{**SUBTRACTS, "tests": ["Third"]}])[0], 1)
+        self.assertGreater((self.project / "build/mutants/src/sum.cpp").stat().st_mtime, 0)
+
+    def test_the_build_folder_is_not_copied(self):
         self.assertEqual(self.run_tool([SUBTRACTS])[0], 0)
-        self.assertEqual((copy / "src/sum.cpp").read_text(), SOURCE + "// more\n")
-        self.assertTrue((copy / "tools/old").exists())
-        self.assertFalse((copy / "build/left alone").exists())
+        self.assertFalse((self.project / "build/mutants/build/left alone").exists())
 
     def test_ten_of_the_day_are_run(self):
         many = [{**SUBTRACTS, "name": f"number {i}"} for i in range(23)]
