@@ -271,4 +271,11 @@ PageCase {
         compare(second.x, first.x + first.width + 8);
         compare(second.y, first.y);
     }
+
+    function test_detailsOfAnErrorInPlaceOfAnotherAreCollapsed() {
+        probe.put({ errorMessage: "An error.", errorDetails: "Details." });
+        openDetails();
+        probe.put({ errorMessage: "Another.", errorDetails: "More." });
+        verify(!item("detailsPane").visible);
+    }
 }
