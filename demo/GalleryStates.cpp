@@ -190,7 +190,7 @@ std::vector<GalleryState> statesOfWork()
          [](AppModel& model) { download(model, Stage::gettingGame, {}, QStringLiteral("3.2 MB")); },
          QStringLiteral("Getting the game"), GalleryWindow::letBarTravel},
         {QStringLiteral("starting"), [](AppModel& model) { play(model, Stage::starting); },
-         QStringLiteral("Starting")},
+         QStringLiteral("Starting"), GalleryWindow::letBarTravel},
         {QStringLiteral("playing"), [](AppModel& model) { play(model, Stage::playing); },
          QStringLiteral("Playing...")},
     };

@@ -88,6 +88,13 @@ private Q_SLOTS:
         QCOMPARE(m_model->errorDetails(), QStringLiteral("it went wrong\n"));
     }
 
+    void blankOutputIsOutput()
+    {
+        judge({1, 3600, QStringLiteral(" \n")});
+        QCOMPARE(m_model->errorMessage(), opening.arg(1) + QStringLiteral("\n\n ") + hint);
+        QCOMPARE(m_model->errorDetails(), QStringLiteral(" \n"));
+    }
+
     void theStatusIsSigned()
     {
         judge({-5, 1, QString()});

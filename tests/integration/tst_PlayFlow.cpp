@@ -107,6 +107,31 @@ private Q_SLOTS:
         QCOMPARE(m_sites->asked(), bothGot.mid(2));
     }
 
+    void bothDownloadsShowTheirProgress()
+    {
+        QStringList complete;
+        connect(m_model.get(), &AppModel::fractionChanged, this, [&] {
+            if (m_model->fraction() == 1.0)
+                complete.append(m_model->stageTitle());
+        });
+        m_model->play();
+        QVERIFY(goesThrough(Stage::playing));
+        complete.removeDuplicates();
+        QCOMPARE(complete, (QStringList{QStringLiteral("Getting Ares"), QStringLiteral("Getting the game")}));
+    }
+
+    void installedEmulatorIsPlayedWithoutAnOffer()
+    {
+        installAres();
+        saveGame();
+        installForUser();
+        restart();
+        m_model->play();
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->offerExternal(), std::nullopt);
+        QCOMPARE(m_recorder->stages(), QStringLiteral("idle starting playing idle").split(u' '));
+    }
+
     void anEmulatorFoundElsewhereIsOfferedAndNothingElseChanges()
     {
         const auto found = installForUser();

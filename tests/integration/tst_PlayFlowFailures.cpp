@@ -5,6 +5,7 @@
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
 #include "support/ModelProbe.h"
+#include "support/Unprivileged.h"
 
 #include <QtTest>
 
@@ -45,7 +46,37 @@ class PlayFlowFailuresTest : public FlowTest
         QCOMPARE(m_model->detailLine(), QString());
     }
 
+    /// The changes from the return to rest on.
+    QStringList endOfTheFlow() const
+    {
+        return m_recorder->changes().mid(m_recorder->changes().indexOf(QStringLiteral("stage idle")));
+    }
+
+    static QStringList atRestAnd(const QStringList& told)
+    {
+        return QStringList{QStringLiteral("stage idle"), QStringLiteral("fraction none"),
+                           QStringLiteral("detailLine")} +
+               told +
+               QStringList{QStringLiteral("setupDone false"), QStringLiteral("usingExternalAres false"),
+                           QStringLiteral("aresVersion none")};
+    }
+
 private Q_SLOTS:
+    void failureIsToldAfterTheReturnToRest()
+    {
+        m_sites->answers[ScriptedSites::latest] = httpAnswer(403);
+        press();
+        QCOMPARE(endOfTheFlow(),
+                 atRestAnd({QStringLiteral("errorMessage ") + message(), QStringLiteral("errorDetails")}));
+    }
+
+    void cancellationIsToldAfterTheReturnToRest()
+    {
+        m_sites->answers[ScriptedSites::latest].clear();
+        cancelIn(Stage::gettingAres);
+        QCOMPARE(endOfTheFlow(), atRestAnd({QStringLiteral("notice Cancelled. Nothing was changed.")}));
+    }
+
     void aRefusedReleaseLookupIsShownAsItIsWorded()
     {
         const auto good = std::exchange(m_sites->answers[ScriptedSites::latest], httpAnswer(403));
@@ -134,13 +165,21 @@ private Q_SLOTS:
     void aDamagedGameThatCannotBeDeletedIsReportedAllTheSame()
     {
         installAres();
-        fs::create_directories(Paths::gameFile() / "a folder");
+        writeFile(Paths::gameFile(), "damaged");
         restart();
-        press();
+        m_sandbox->giveToEveryone();
+        fs::permissions(Paths::support(), fs::perms(0555));
+        {
+            const Unprivileged unprivileged;
+            press();
+        }
+        fs::permissions(Paths::support(), fs::perms(0755));
+        QVERIFY(fs::exists(Paths::gameFile()));
         QCOMPARE(message(), QStringLiteral("The saved game file was damaged, so it was deleted. Press the "
                                            "button to download it again."));
         QCOMPARE(m_model->errorDetails(),
                  QStringLiteral("That file is not the right size for a Nintendo 64 game (0 KB)."));
+        QCOMPARE(m_model->gameDownloadFailed(), true);
     }
 
     void cancellingTheLookupIsANotice()
@@ -159,6 +198,36 @@ private Q_SLOTS:
         QVERIFY(comesToRest());
         QCOMPARE(m_model->notice(), QStringLiteral("Cancelled. Nothing was changed."));
         QCOMPARE(Sandbox::storage(), QStringList());
+    }
+
+    void cancellingInTheMiddleOfAFileLeavesNoneOfIt_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<Stage>("stage");
+        QTest::newRow("archive") << QByteArray(ScriptedSites::archive) << Stage::gettingAres;
+        QTest::newRow("game") << QByteArray(ScriptedSites::game) << Stage::gettingGame;
+    }
+
+    void cancellingInTheMiddleOfAFileLeavesNoneOfIt()
+    {
+        QFETCH(const QByteArray, file);
+        QFETCH(const Stage, stage);
+        m_sites->answers[file].chop(1);
+        m_sites->heldOpen.insert(file);
+        m_model->play();
+        QTRY_VERIFY(m_model->stage() == stage && m_model->fraction().value_or(0) > 0);
+        const auto partial = Sandbox::storage().filter(QStringLiteral("download-"));
+        QCOMPARE(partial.size(), 1);
+        m_model->cancel();
+        QVERIFY(comesToRest());
+        QCOMPARE(m_model->notice(), QStringLiteral("Cancelled. Nothing was changed."));
+        QCOMPARE(m_model->gameDownloadFailed(), false);
+        QCOMPARE(Sandbox::storage().filter(QStringLiteral("download-")), QStringList());
+        QVERIFY(!fs::exists(Paths::gameFile()));
+        QCOMPARE(fs::exists(Paths::ares()), stage == Stage::gettingGame);
+        m_sites->mend();
+        m_sites->heldOpen.clear();
+        theNextPressPlays();
     }
 
     void cancellingTheGameDownloadDoesNotCountAsAFailedOne()

@@ -118,6 +118,25 @@ private Q_SLOTS:
         QCOMPARE(m_model->setupDone(), true);
     }
 
+    void oneFailureDoesNotEndIt()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs a second user");
+        installAres();
+        m_sandbox->giveToEveryone();
+        fs::permissions(Paths::support(), fs::perms::all | fs::perms::sticky_bit);
+        {
+            const Unprivileged unprivileged;
+            saveGame();
+            fs::create_directories(Paths::aresOld());
+            fs::create_directories(Paths::aresNew());
+            m_model->reset();
+        }
+        QCOMPARE(Sandbox::storage(),
+                 (QStringList{QStringLiteral("Ares"), QStringLiteral("ares-version.txt")}));
+        QCOMPARE(m_model->notice(), notice);
+    }
+
     void theCopyThatWasChosenIsOfferedAgain()
     {
         const auto found = makeAresApp(m_sandbox->home() / "Applications");
@@ -143,14 +162,14 @@ private Q_SLOTS:
     void whatIsKeptIsKept()
     {
         m_model->setFullscreen(true);
-        writeFile(Paths::support() / "download-game-1/part", "part");
+        const auto partial = Paths::newWorkDir("download-game");
         m_model->offerExternal = "/opt/ares.app";
         m_model->updateOffer = AresRelease{QStringLiteral("v148"), {}, {}, 0};
         ModelProbe::setPendingROM(*m_model, "/own.z64");
         m_model->reset();
         QCOMPARE(m_model->fullscreen(), true);
         QCOMPARE(AppModel::create()->fullscreen(), true);
-        QCOMPARE(Sandbox::storage(), QStringList{QStringLiteral("download-game-1")});
+        QCOMPARE(Sandbox::storage(), QStringList{toText(partial.filename())});
         QCOMPARE(m_model->offerExternal(), fs::path("/opt/ares.app"));
         QVERIFY(m_model->updateOffer().has_value());
         QCOMPARE(ModelProbe::pendingROM(*m_model), fs::path("/own.z64"));

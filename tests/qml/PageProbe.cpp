@@ -20,6 +20,7 @@
 #include <QQmlComponent>
 
 #include <functional>
+#include <memory>
 
 namespace cartloom
 {

@@ -46,4 +46,20 @@ PageCase {
         verify(item("keyboardNote").lineCount > 3);
         verify(!item("keyboardNote").truncated);
     }
+
+    function test_linesAreWhite() {
+        const lines = itemsBelow(item("controlsCard"), child => child.objectName === "cardLine");
+        compare(lines.length, 5);
+        for (const line of lines) {
+            compareColor(line.color, "#ffffff", 1);
+            compare(line.opacity, 1);
+        }
+    }
+
+    function test_theDividerCanBeSeen() {
+        const image = grabImage(page);
+        const divider = place("cardDivider");
+        const at = dy => String(image.pixel(Math.round(divider.x + 50), Math.round(divider.y) + dy));
+        verify([-1, 0, 1].some(dy => at(dy) !== at(-3)));
+    }
 }

@@ -143,4 +143,12 @@ PageCase {
         mouseClick(item("checkForUpdate"));
         compare(model.notice, "You are using your own copy of Ares, so update it yourself.");
     }
+
+    function test_switchAndStatusLineAreCentred() {
+        probe.put({ aresVersion: "v141" });
+        waitForRendering(page);
+        const toggle = place("fullscreenToggle");
+        fuzzyCompare(toggle.x + toggle.width / 2, 240, 0.5);
+        compare(item("statusLine").horizontalAlignment, Text.AlignHCenter);
+    }
 }

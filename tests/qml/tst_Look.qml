@@ -210,4 +210,15 @@ PageCase {
             width: 432
         }
     }
+
+    function test_allBackgroundsHaveContinuousCorners() {
+        probe.put({ errorMessage: "An error." });
+        for (const name of ["bigButtonBackground", "errorBackground", "cardBackground"])
+            verify(item(name) instanceof SmoothRectangle, name);
+    }
+
+    function test_theTipCapsTheAntenna() {
+        const icon = place("robotIcon");
+        compare(String(grabImage(page).pixel(icon.x + 55, icon.y + 65 - 57)), "#ffd60a");
+    }
 }

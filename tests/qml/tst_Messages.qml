@@ -256,4 +256,26 @@ PageCase {
         openDetails();
         compare(item("detailsText").text, complaint);
     }
+
+    function test_anErrorOfOneLongLineWraps() {
+        probe.put({ errorMessage: "One long line of an error. ".repeat(10) });
+        tryVerify(() => item("errorMessage").lineCount > 1);
+        verify(item("errorMessage").contentWidth <= item("errorMessage").width);
+    }
+
+    function test_theWaysOutStandInOrderSpacedBy8() {
+        probe.put({ errorMessage: "An error.", gameDownloadFailed: true });
+        waitForRendering(page);
+        const first = place("openDownloadPage");
+        const second = place("alreadyHaveTheFile");
+        compare(second.x, first.x + first.width + 8);
+        compare(second.y, first.y);
+    }
+
+    function test_detailsOfAnErrorInPlaceOfAnotherAreCollapsed() {
+        probe.put({ errorMessage: "An error.", errorDetails: "Details." });
+        openDetails();
+        probe.put({ errorMessage: "Another.", errorDetails: "More." });
+        verify(!item("detailsPane").visible);
+    }
 }

@@ -165,4 +165,9 @@ PageCase {
         mouseWheel(page, 240, 300, 0, -1200);
         tryVerify(() => scroll.view.contentY > 0);
     }
+
+    function test_titleAndHintAreCentred() {
+        for (const name of ["gameTitle", "hint"])
+            compare(item(name).horizontalAlignment, Text.AlignHCenter, name);
+    }
 }

@@ -104,4 +104,10 @@ PageCase {
         fuzzyCompare(cancel.x + cancel.width / 2, 240, 0.5);
         compare(item("cancelButton").text, "Cancel");
     }
+
+    function test_theStageIsWhite() {
+        probe.put({ stage: "gettingAres" });
+        compareColor(item("stageTitle").color, "#ffffff", 1);
+        compare(item("stageTitle").opacity, 1);
+    }
 }

@@ -2,6 +2,7 @@
 // A program that does what the environment variable CARTLOOM_CHILD says, one command a line, and then ends
 // with status 0:
 //   args FILE        writes its arguments to FILE, one a line
+//   surroundings FILE  writes its working directory and what its standard output is to FILE, one a line
 //   out TEXT         writes a line to standard output
 //   err TEXT         writes a line to standard error
 //   err-bytes N      writes N bytes to standard error: the letters a to z, over and over
@@ -16,11 +17,13 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -31,6 +34,14 @@ namespace
 bool exists(const std::string& file)
 {
     return ::access(file.c_str(), F_OK) == 0;
+}
+
+bool isNullDevice(int descriptor)
+{
+    struct stat open = {};
+    struct stat null = {};
+    return ::fstat(descriptor, &open) == 0 && ::stat("/dev/null", &null) == 0 && S_ISCHR(open.st_mode) &&
+           open.st_rdev == null.st_rdev;
 }
 
 void writeError(const std::string& bytes)
@@ -92,6 +103,9 @@ void obey(const std::string& command, const std::string& rest, int argc, char* a
             file << argv[i] << '\n';
         file.close();
         std::rename((rest + ".part").c_str(), rest.c_str());
+    } else if (command == "surroundings") {
+        std::ofstream(rest) << std::filesystem::current_path().native() << '\n'
+                            << (isNullDevice(STDOUT_FILENO) ? "null device" : "something else") << '\n';
     } else if (command == "out") {
         const std::string line = rest + '\n';
         if (::write(STDOUT_FILENO, line.data(), line.size()) < 0)

@@ -3,6 +3,7 @@
 #include "errors/PlatformError.h"
 #include "support/InstallTest.h"
 #include "support/Unprivileged.h"
+#include "support/ZipWriter.h"
 
 #include <QtTest>
 
@@ -54,13 +55,25 @@ private Q_SLOTS:
         QCOMPARE(install(release), Paths::ares() / "ares.app");
     }
 
+    void downloadOfAnotherSizeIsRefused_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<qint64>("expected");
+        QTest::newRow("one less") << qint64(1233) << qint64(1234);
+        QTest::newRow("one more") << qint64(1235) << qint64(1234);
+        QTest::newRow("smallest size that is checked") << qint64(2) << qint64(1);
+    }
+
     void downloadOfAnotherSizeIsRefused()
     {
-        writeSparse(archive(), {}, 1233);
-        const auto failure = installFailure<AppError>(release(QStringLiteral("v147"), 1234)).value();
+        QFETCH(const qint64, size);
+        QFETCH(const qint64, expected);
+        writeSparse(archive(), {}, size);
+        const auto failure = installFailure<AppError>(release(QStringLiteral("v147"), expected)).value();
         QCOMPARE(failure.message,
-                 QStringLiteral(
-                     "The Ares download is damaged (got 1233 bytes, expected 1234). Please try again."));
+                 QStringLiteral("The Ares download is damaged (got %1 bytes, expected %2). Please try again.")
+                     .arg(size)
+                     .arg(expected));
         QCOMPARE(failure.details, QString());
         QCOMPARE(Sandbox::storage(), QStringList());
     }
@@ -124,6 +137,24 @@ private Q_SLOTS:
         QCOMPARE(AresInstaller::installedVersion(), QStringLiteral("v148"));
         QCOMPARE(Sandbox::storage(), (QStringList{QStringLiteral("Ares"), QStringLiteral("Ares-old"),
                                                   QStringLiteral("ares-version.txt")}));
+    }
+
+    void keptCopyStaysIfTheNewOneIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("archive");
+        QTest::newRow("cannot be unpacked") << QByteArray("no archive");
+        QTest::newRow("without an emulator") << QByteArray();
+    }
+
+    void keptCopyStaysIfTheNewOneIsRefused()
+    {
+        QFETCH(const QByteArray, archive);
+        install(makeRelease(QStringLiteral("v146")));
+        install(makeRelease(QStringLiteral("v147")));
+        writeFile(this->archive(), archive.isEmpty() ? zipOf({}) : archive);
+        QVERIFY(installFailure<AppError>(release(QStringLiteral("v148"), 0)));
+        QCOMPARE(tagOf(Paths::ares()), QByteArray("v147"));
+        QCOMPARE(tagOf(Paths::aresOld()), QByteArray("v146"));
     }
 
     void leftoversOfInterruptedRunsAreRemoved()

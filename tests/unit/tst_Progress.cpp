@@ -40,6 +40,7 @@ private Q_SLOTS:
     {
         m_now += 1s;
         m_model->progress(5'000'000, 10'000'000);
+        m_now += 300ms;
         m_model->beginProgress();
         QCOMPARE(m_model->fraction(), std::nullopt);
         QCOMPARE(m_model->detailLine(), QString());

@@ -27,8 +27,13 @@ class UnpackingTest : public QObject
     /// The failure of a tool that does what the script says.
     std::optional<AppError> failureOfTool(const QStringList& script) const
     {
-        const StandInTool tool(m_sandbox->scratch() / "tools", "exec '" SCRIPTED_CHILD "'");
         scriptChild(script);
+        return failureOfShellTool("exec '" SCRIPTED_CHILD "'");
+    }
+
+    std::optional<AppError> failureOfShellTool(const QByteArray& script) const
+    {
+        const StandInTool tool(m_sandbox->scratch() / "tools", script);
         const auto archive = m_sandbox->scratch() / "any.zip";
         writeFile(archive, zipOf({}));
         return failureOf<AppError>([&] {
@@ -68,6 +73,9 @@ private Q_SLOTS:
         QTest::newRow("no space, in any letter case")
             << QStringList{QStringLiteral("err bsdtar: No Space Left on device"), failed} << full
             << QStringLiteral("bsdtar: No Space Left on device\n");
+        QTest::newRow("no space, in other words")
+            << QStringList{QStringLiteral("err ditto: there is no space on the volume"), failed} << full
+            << QStringLiteral("ditto: there is no space on the volume\n");
         QTest::newRow("another text") << QStringList{QStringLiteral("err bsdtar: Something Else"), failed}
                                       << damaged << QStringLiteral("bsdtar: Something Else\n");
         QTest::newRow("ended by a signal") << QStringList{QStringLiteral("signal 9")} << damaged << QString();
@@ -83,6 +91,17 @@ private Q_SLOTS:
         const auto failure = failureOfTool(script).value();
         QCOMPARE(failure.message, message);
         QCOMPARE(failure.details, details);
+    }
+
+    void toolSpeaksEnglishInAnyLanguage()
+    {
+        const auto language = qgetenv("LC_ALL");
+        qputenv("LC_ALL", "de_DE.UTF-8");
+        qputenv("LANGUAGE", "de");
+        const auto failure = failureOfShellTool("echo \"$LC_ALL $LANGUAGE\" >&2; exit 1");
+        qputenv("LC_ALL", language);
+        qunsetenv("LANGUAGE");
+        QCOMPARE(failure.value().details, QStringLiteral("C.UTF-8 \n"));
     }
 
     void errorTextOfASuccessfulToolIsIgnored()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "core/ByteCount.h"
 #include "support/Checked.h"
 #include "support/FaultTest.h"
 
@@ -138,6 +139,7 @@ private Q_SLOTS:
         if (wait.isFile()) {
             QCOMPARE(fractions, QStringList());
             QCOMPARE(lines.filter(QStringLiteral(" of ")), QStringList());
+            QVERIFY(!lines.filter(ByteCount::text(m_sites->body(wait.path).size())).isEmpty());
         }
     }
 

@@ -224,7 +224,17 @@ private Q_SLOTS:
         QStringList expected{QStringLiteral("--system"), QStringLiteral("Nintendo 64"), toText(path)};
         if (fullscreen)
             expected.insert(2, QStringLiteral("--fullscreen"));
-        QCOMPARE(QString::fromUtf8(readFile(file)).split(u'\n', Qt::SkipEmptyParts), expected);
+        QCOMPARE(QString::fromUtf8(readFile(file)), expected.join(u'\n') + u'\n');
+    }
+
+    void workingDirectoryIsInheritedAndOutputIsDropped()
+    {
+        installAres();
+        const auto folder = fs::current_path();
+        const auto file = m_sandbox->scratch() / "surroundings";
+        Launcher launcher;
+        launch(launcher, {command("surroundings", file)}).wait();
+        QCOMPARE(QString::fromUtf8(readFile(file)), toText(folder) + QStringLiteral("\nnull device\n"));
     }
 
     void exitIsReportedOnAnotherThread()

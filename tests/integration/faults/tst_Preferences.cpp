@@ -2,6 +2,7 @@
 #include "core/PreferenceKeys.h"
 #include "platform/Preferences.h"
 #include "platform/Text.h"
+#include "support/AresBundle.h"
 #include "support/Checked.h"
 #include "support/FaultTest.h"
 
@@ -30,6 +31,17 @@ private Q_SLOTS:
         QVERIFY(fs::exists(store()));
         Preferences::setBoolean("fullscreen", false);
         QCOMPARE(Preferences::boolean("fullscreen"), false);
+    }
+
+    void intactFileIsRead()
+    {
+        const auto own = makeAresApp(m_sandbox->scratch() / "own");
+        writeFile(store(), "[General]\nexternalAresPath=" + QByteArray::fromStdString(own.native()) +
+                               "\nfullscreen=true\n");
+        restart();
+        QCOMPARE(m_model->fullscreen(), true);
+        QCOMPARE(m_model->usingExternalAres(), true);
+        QCOMPARE(m_model->locateAres(), own);
     }
 
     void removedOrEmptyValuesAreAbsent()
