@@ -61,7 +61,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, name);
         constexpr int startOfTheBar = 24;
-        const int piece = leftmost(picture(name), qRgb(0x0a, 0x6c, 0xff));
+        const int piece = leftmost(picture(name), qRgb(0x4d, 0xa3, 0xff));
         QVERIFY2(piece > startOfTheBar + 5 && piece < 480, qPrintable(QString::number(piece)));
     }
 };
