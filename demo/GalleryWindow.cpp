@@ -63,7 +63,7 @@ void GalleryWindow::press(const QQuickWindow& window, const QString& text)
 QPoint GalleryWindow::pointAt(QQuickWindow& window, const QString& text)
 {
     requireShown(window, text);
-    // What is drawn has been laid out.
+    // A rendered frame has its final layout.
     static_cast<void>(settledPicture(window, false));
     const QQuickItem* const item = itemSaying(window.contentItem(), text);
     const QPoint middle = item->mapToScene({item->width() / 2, item->height() / 2}).toPoint();
@@ -99,7 +99,7 @@ void GalleryWindow::scrollToEnd(QQuickWindow& window, const QString& text)
     require(QStringLiteral("the end is not reached"), [&] {
         const qreal below = view->property("contentHeight").toReal() - view->height();
         view->setProperty("contentY", below);
-        // What is drawn has been laid out; that may have made it longer.
+        // A rendered frame has its final layout, which may be longer.
         return !window.grabWindow().isNull() && below > 0 &&
                below == view->property("contentHeight").toReal() - view->height();
     });

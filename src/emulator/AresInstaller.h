@@ -44,7 +44,7 @@ QCoro::Task<void> discardOldCopy();
 
 /// Puts the copy that was kept back where no installed one is: between the two moves of an installation or of
 /// a rollback, this program was ended, or ares.app was taken out of its folder. True if one was put back.
-/// What cannot be read stays as it is. Never fails.
+/// A folder that cannot be read is left alone. Never fails.
 bool recover();
 
 /// Puts the copy that was kept back in place of the installed one; false when there was none or it could not

@@ -3,7 +3,7 @@ import QtQuick
 import QtTest
 import Cartloom
 
-/// What holds for all that can be pressed: its size, its place, and how it answers the pointer.
+/// Size, place and hover feedback of every control that can be pressed.
 PageCase {
     id: testCase
     name: "Controls"

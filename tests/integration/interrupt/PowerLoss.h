@@ -7,7 +7,7 @@
 namespace cartloom
 {
 
-/// What a disk may hold of a file whose bytes were not flushed before the power was lost.
+/// The contents that a loss of power may leave of a file whose bytes were not flushed.
 enum class Remains { nothing, zeros, half };
 
 /// Makes of the files that these calls have changed and not flushed what remains of them. The calls are those
