@@ -249,21 +249,6 @@ private Q_SLOTS:
         QCOMPARE(m_recorder->stages(), QStringLiteral("idle starting idle").split(u' '));
     }
 
-    void aProgramThatTheSystemRefusesGetsTheHint()
-    {
-        saveGame();
-        installAres();
-        writeFile(Paths::ares() / "ares.app/Contents/MacOS/ares", "no program");
-        press();
-        QVERIFY2(message().startsWith(QStringLiteral("Starting Ares failed: ")), qPrintable(message()));
-        QVERIFY(message().endsWith(
-            QStringLiteral("\n\nIf macOS blocked Ares, open System Settings, then Privacy and Security, "
-                           "scroll down and click Open Anyway next to ares.")));
-        QCOMPARE(detailLines().mid(0, 2),
-                 (QStringList{QStringLiteral("Starting Ares"),
-                              QStringLiteral("NSPOSIXErrorDomain %1").arg(ENOEXEC)}));
-    }
-
     void aMissingEmulatorOrRomCannotBeStarted()
     {
         QVERIFY_THROWS_EXCEPTION(AppError,

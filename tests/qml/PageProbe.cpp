@@ -55,11 +55,10 @@ std::optional<AresRelease> releaseOf(const QVariant& tag)
 
 AppModel::Stage stageOf(const QVariant& value)
 {
-    bool known = false;
-    const int stage =
-        QMetaEnum::fromType<AppModel::Stage>().keyToValue(value.toString().toLatin1().constData(), &known);
-    if (!known)
-        qFatal("no such stage: %s", qPrintable(value.toString()));
+    const auto name = value.toString().toLatin1();
+    const int stage = QMetaEnum::fromType<AppModel::Stage>().keyToValue(name.constData());
+    if (stage < 0)
+        qFatal("no such stage: %s", name.constData());
     return static_cast<AppModel::Stage>(stage);
 }
 

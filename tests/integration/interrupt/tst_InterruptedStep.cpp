@@ -24,53 +24,32 @@ const QStringList unproven{QStringLiteral("Ares"), QStringLiteral("Ares-old"),
                            QStringLiteral("Quillet64.eeprom"), QStringLiteral("Quillet64.z64"),
                            QStringLiteral("ares-version.txt")};
 
-/// What the library calls the system calls that strace shows.
-const std::map<QString, QString> kinds{{QStringLiteral("open"), QStringLiteral("open")},
-                                       {QStringLiteral("openat"), QStringLiteral("open")},
-                                       {QStringLiteral("creat"), QStringLiteral("open")},
-                                       {QStringLiteral("write"), QStringLiteral("write")},
-                                       {QStringLiteral("pwrite64"), QStringLiteral("write")},
-                                       {QStringLiteral("writev"), QStringLiteral("write")},
-                                       {QStringLiteral("pwritev"), QStringLiteral("write")},
-                                       {QStringLiteral("pwritev2"), QStringLiteral("write")},
-                                       {QStringLiteral("sendfile"), QStringLiteral("write")},
-                                       {QStringLiteral("copy_file_range"), QStringLiteral("write")},
-                                       {QStringLiteral("splice"), QStringLiteral("write")},
-                                       {QStringLiteral("fallocate"), QStringLiteral("truncate")},
-                                       {QStringLiteral("truncate"), QStringLiteral("truncate")},
-                                       {QStringLiteral("ftruncate"), QStringLiteral("truncate")},
-                                       {QStringLiteral("fsync"), QStringLiteral("sync")},
-                                       {QStringLiteral("fdatasync"), QStringLiteral("sync")},
-                                       {QStringLiteral("syncfs"), QStringLiteral("syncfs")},
-                                       {QStringLiteral("rename"), QStringLiteral("rename")},
-                                       {QStringLiteral("renameat"), QStringLiteral("rename")},
-                                       {QStringLiteral("renameat2"), QStringLiteral("rename")},
-                                       {QStringLiteral("link"), QStringLiteral("link")},
-                                       {QStringLiteral("linkat"), QStringLiteral("link")},
-                                       {QStringLiteral("symlink"), QStringLiteral("symlink")},
-                                       {QStringLiteral("symlinkat"), QStringLiteral("symlink")},
-                                       {QStringLiteral("unlink"), QStringLiteral("remove")},
-                                       {QStringLiteral("unlinkat"), QStringLiteral("remove")},
-                                       {QStringLiteral("rmdir"), QStringLiteral("remove")},
-                                       {QStringLiteral("mkdir"), QStringLiteral("mkdir")},
-                                       {QStringLiteral("mkdirat"), QStringLiteral("mkdir")},
-                                       {QStringLiteral("mknod"), QStringLiteral("mknod")},
-                                       {QStringLiteral("mknodat"), QStringLiteral("mknod")},
-                                       {QStringLiteral("chmod"), QStringLiteral("chmod")},
-                                       {QStringLiteral("fchmod"), QStringLiteral("chmod")},
-                                       {QStringLiteral("fchmodat"), QStringLiteral("chmod")},
-                                       {QStringLiteral("fchmodat2"), QStringLiteral("chmod")},
-                                       {QStringLiteral("chown"), QStringLiteral("chown")},
-                                       {QStringLiteral("lchown"), QStringLiteral("chown")},
-                                       {QStringLiteral("fchown"), QStringLiteral("chown")},
-                                       {QStringLiteral("fchownat"), QStringLiteral("chown")},
-                                       {QStringLiteral("utime"), QStringLiteral("times")},
-                                       {QStringLiteral("utimes"), QStringLiteral("times")},
-                                       {QStringLiteral("futimesat"), QStringLiteral("times")},
-                                       {QStringLiteral("utimensat"), QStringLiteral("times")},
-                                       {QStringLiteral("setxattr"), QStringLiteral("xattr")},
-                                       {QStringLiteral("lsetxattr"), QStringLiteral("xattr")},
-                                       {QStringLiteral("fsetxattr"), QStringLiteral("xattr")}};
+/// The system calls that strace shows, by the name that the library has for them.
+const std::map<QString, QString> kinds = [] {
+    constexpr std::pair<const char*, const char*> calls[] = {
+        {"open", "open openat creat"},
+        {"write", "write pwrite64 writev pwritev pwritev2 sendfile copy_file_range splice"},
+        {"truncate", "fallocate truncate ftruncate"},
+        {"sync", "fsync fdatasync"},
+        {"syncfs", "syncfs"},
+        {"rename", "rename renameat renameat2"},
+        {"link", "link linkat"},
+        {"symlink", "symlink symlinkat"},
+        {"remove", "unlink unlinkat rmdir"},
+        {"mkdir", "mkdir mkdirat"},
+        {"mknod", "mknod mknodat"},
+        {"chmod", "chmod fchmod fchmodat fchmodat2"},
+        {"chown", "chown lchown fchown fchownat"},
+        {"times", "utime utimes futimesat utimensat"},
+        {"xattr", "setxattr lsetxattr fsetxattr"},
+    };
+    std::map<QString, QString> kindOf;
+    for (const auto& [kind, names] : calls) {
+        for (const auto& name : QString::fromLatin1(names).split(u' '))
+            kindOf.emplace(name, QString::fromLatin1(kind));
+    }
+    return kindOf;
+}();
 
 } // namespace
 
