@@ -6,10 +6,12 @@
 #include "core/CartloomApp.h"
 #include "platform/Text.h"
 
+#include <QCursor>
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QTemporaryDir>
 
 #include <cstdlib>
@@ -66,6 +68,8 @@ void takePicture(const GalleryState& state, const QDir& folder)
 
 bool takeAll(const QDir& folder)
 {
+    // The middle of the screen is where the main button appears, which would be hovered.
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     bool complete = folder.mkpath(QStringLiteral("."));
     for (const GalleryState& state : galleryStates()) {
         QFile::remove(folder.filePath(state.name + QStringLiteral(".png")));
