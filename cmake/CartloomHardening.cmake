@@ -9,6 +9,8 @@ include(CheckPIESupported)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 check_pie_supported(LANGUAGES CXX)
 
+# A compiler that only warns of a flag does not know it.
+set(CMAKE_REQUIRED_FLAGS -Werror)
 foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection
              -mbranch-protection=standard)
   string(MAKE_C_IDENTIFIER "CARTLOOM_HAS${flag}" known)
@@ -17,6 +19,7 @@ foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-pro
     add_compile_options(${flag})
   endif()
 endforeach()
+unset(CMAKE_REQUIRED_FLAGS)
 
 foreach(flag IN ITEMS -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
   string(MAKE_C_IDENTIFIER "CARTLOOM_HAS${flag}" known)
