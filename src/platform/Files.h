@@ -46,7 +46,4 @@ void tryFlush(const std::filesystem::path& path) noexcept;
 /// The first bytes of the file, at most limit.
 [[nodiscard]] QByteArray read(const std::filesystem::path& path, qint64 limit);
 
-/// The last bytes of the file, at most limit.
-[[nodiscard]] QByteArray readEnd(const std::filesystem::path& path, qint64 limit);
-
 } // namespace cartloom::Files
