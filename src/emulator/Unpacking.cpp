@@ -26,6 +26,9 @@ namespace
 /// The rest of the tool's standard error is read and dropped.
 constexpr qsizetype maxErrorBytes = 64 * 1024;
 
+/// In lower case, of a full disk.
+const auto noSpace = QByteArrayLiteral("no space");
+
 /// Reads the tool's standard error to its end. Checks the size of the folder meanwhile, and ends the tool
 /// when it exceeds the bounds.
 class ToolReader
@@ -105,6 +108,32 @@ void cutAt(const std::filesystem::path& archive, qint64 end)
     std::filesystem::resize_file(archive, whole);
 }
 
+/// True if the file contains these words, as the name of an entry would.
+bool holdsNoSpace(const std::filesystem::path& file)
+{
+    const auto source = FileDescriptor::openForReading(file);
+    QByteArray bytes;
+    char block[64 * 1024];
+    while (const auto count = source.readSome(block, sizeof block)) {
+        bytes = bytes.right(noSpace.size() - 1).append(block, static_cast<qsizetype>(count)).toLower();
+        if (bytes.contains(noSpace))
+            return true;
+    }
+    return false;
+}
+
+/// True if the tool reports a full disk. Its words count, unless they may be part of a name in its message:
+/// then the volume has to be full.
+bool isDiskFull(const QString& toolOutput, const std::filesystem::path& archive,
+                const std::filesystem::path& folder)
+{
+    if (!toolOutput.toLower().contains(QLatin1String(noSpace)))
+        return false;
+    const bool isInPath =
+        (toText(archive) + u'\n' + toText(folder)).toLower().contains(QLatin1String(noSpace));
+    return Files::isVolumeFull(folder) || (!isInPath && !holdsNoSpace(archive));
+}
+
 void runTool(const std::filesystem::path& archive, const std::filesystem::path& folder,
              const TreeInspection::Bounds& bounds, const CancellationToken& token)
 {
@@ -125,7 +154,7 @@ void runTool(const std::filesystem::path& archive, const std::filesystem::path& 
     reader.throwExcess();
     if (status == 0)
         return;
-    if (text.contains(QLatin1String("no space"), Qt::CaseInsensitive))
+    if (isDiskFull(text, archive, folder))
         throw FriendlyError::diskFull(text);
     throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."), text);
 }

@@ -112,4 +112,15 @@ QByteArray read(const fs::path& path, qint64 limit)
     return readFrom(FileDescriptor::openForReading(path), limit);
 }
 
+bool isVolumeFull(const fs::path& path) noexcept
+{
+    constexpr std::uintmax_t nextToNothing = 1024 * 1024;
+    struct statvfs status = {};
+    if (::statvfs(path.c_str(), &status) != 0)
+        return false;
+    // Volumes without a fixed number of files report 0 of 0.
+    const bool isOutOfFiles = status.f_files > 0 && status.f_favail == 0;
+    return isOutOfFiles || std::uintmax_t{status.f_bavail} * status.f_frsize < nextToNothing;
+}
+
 } // namespace cartloom::Files

@@ -98,6 +98,38 @@ private Q_SLOTS:
         QCOMPARE(failure.details, details);
     }
 
+    void wordsInANameAreNoFullDisk_data()
+    {
+        QTest::addColumn<QByteArray>("zip");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("79 the name that is told")
+            << zipOf({{"No Space/x"}}) << QStringLiteral("No Space/x: CRC");
+        QTest::newRow("79 another name")
+            << zipOf({{"no space"}}) << QStringLiteral("No space left on device");
+        // The contents begin after 31 bytes.
+        QTest::newRow("79 where two blocks are read")
+            << zipOf({{"x", QByteArray(64 * 1024 - 35, 'x') + "no space"}}) << QStringLiteral("no space");
+    }
+
+    /// The tool's words do not count where a name in its message may have brought them.
+    void wordsInANameAreNoFullDisk()
+    {
+        QFETCH(const QByteArray, zip);
+        QFETCH(const QString, told);
+        const auto failure = failureOfTool({QStringLiteral("err ") + told, QStringLiteral("exit 1")}, zip);
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure->details, told + u'\n');
+    }
+
+    void wordsInTheFoldersNameAreNoFullDisk()
+    {
+        scriptChild({QStringLiteral("err a/No Space/b: Failed"), QStringLiteral("exit 1")});
+        const auto failure = failureOfShellTool("exec '" SCRIPTED_CHILD "'", zipOf({}), "No Space/folder");
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+    }
+
     void tooLargeArchiveDoesNotStartTheTool_data()
     {
         QTest::addColumn<QByteArray>("zip");

@@ -37,6 +37,23 @@ private Q_SLOTS:
         nextPressPlays();
     }
 
+    void misleadingNameHidesNoFullDisk_data()
+    {
+        addOnlyRow("79 a full disk, and an entry that says no space");
+    }
+
+    void misleadingNameHidesNoFullDisk()
+    {
+        auto entries = bomb(32);
+        entries.insert(entries.begin(), {"ares.app/no space"});
+        saveGame();
+        restart();
+        m_sites->publish(zipOf(entries));
+        CHECKED(press());
+        CHECKED(QVERIFY(failed("Getting Ares")));
+        nextPressPlays();
+    }
+
     void tooMuchIsRefused_data()
     {
         QTest::addColumn<std::vector<ZipEntry>>("entries");
