@@ -4,6 +4,7 @@
 #include "errors/AppError.h"
 #include "platform/Text.h"
 
+#include <cstdint>
 #include <list>
 #include <string>
 #include <system_error>
@@ -21,12 +22,45 @@ namespace
 /// As many links as the system itself follows on the way to one file.
 constexpr int mostLinksFollowed = 40;
 
+[[noreturn]] void refuse(const fs::path& name, const QString& reason)
+{
+    throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."),
+                   (name.empty() ? QStringLiteral(".") : toText(name)) + QStringLiteral(": ") + reason);
+}
+
+/// The entries and bytes that may still come.
+class Allowance
+{
+public:
+    explicit Allowance(const Bounds& bounds)
+        : m_left(bounds)
+    {
+    }
+
+    void countEntry(const fs::path& name)
+    {
+        if (--m_left.entries < 0)
+            refuse(name, QStringLiteral("too many files"));
+    }
+
+    void countBytes(const fs::path& name, std::uintmax_t size)
+    {
+        // Compared before the subtraction: the sum of the sizes may exceed 64 bits.
+        if (std::cmp_greater(size, m_left.bytes))
+            refuse(name, QStringLiteral("too many bytes"));
+        m_left.bytes -= static_cast<qint64>(size);
+    }
+
+private:
+    Bounds m_left;
+};
+
 class Inspection
 {
 public:
     Inspection(const fs::path& folder, const Bounds& bounds)
         : m_top(folder)
-        , m_left(bounds)
+        , m_allowance(bounds)
     {
     }
 
@@ -48,20 +82,13 @@ private:
              it.increment(failure)) {
             const fs::path child = name / it->path().filename();
             // Counted here, so that a folder of millions of entries is not first read to its end.
-            if (--m_left.entries < 0)
-                refuse(child, QStringLiteral("too many files"));
+            m_allowance.countEntry(child);
             children.push_back(child);
         }
         if (failure)
             refuse(name, QString::fromStdString(failure.message()));
         for (const auto& child : children)
             look(child);
-    }
-
-    [[noreturn]] static void refuse(const fs::path& name, const QString& reason)
-    {
-        throw AppError(QStringLiteral("Could not unpack Ares. The download may be damaged."),
-                       (name.empty() ? QStringLiteral(".") : toText(name)) + QStringLiteral(": ") + reason);
     }
 
     void look(const fs::path& name)
@@ -90,10 +117,7 @@ private:
         const auto size = fs::file_size(m_top / name, failure);
         if (failure)
             refuse(name, QString::fromStdString(failure.message()));
-        // Compared before the subtraction: the sum of the sizes may exceed 64 bits.
-        if (std::cmp_greater(size, m_left.bytes))
-            refuse(name, QStringLiteral("too many bytes"));
-        m_left.bytes -= static_cast<qint64>(size);
+        m_allowance.countBytes(name, size);
     }
 
     void setPermissions(const fs::path& name, fs::perms present, fs::perms wanted) const
@@ -153,8 +177,7 @@ private:
     }
 
     const fs::path m_top;
-    /// What may still come.
-    Bounds m_left;
+    Allowance m_allowance;
     std::vector<fs::path> m_links;
 };
 
@@ -163,6 +186,31 @@ private:
 void inspect(const fs::path& folder, const Bounds& bounds)
 {
     Inspection(folder, bounds).inspect();
+}
+
+void checkSize(const fs::path& folder, const Bounds& bounds)
+{
+    Allowance allowance(bounds);
+    // By their names below the folder, which itself has the empty name.
+    std::vector<fs::path> ahead(1);
+    while (!ahead.empty()) {
+        const fs::path current = std::move(ahead.back());
+        ahead.pop_back();
+        std::error_code failure;
+        for (fs::directory_iterator it(folder / current, failure), end; !failure && it != end;
+             it.increment(failure)) {
+            const fs::path name = current / it->path().filename();
+            allowance.countEntry(name);
+            std::error_code vanished;
+            const auto status = it->symlink_status(vanished);
+            if (fs::is_directory(status))
+                ahead.push_back(name);
+            const auto size = fs::is_regular_file(status) ? it->file_size(vanished) : 0;
+            allowance.countBytes(name, vanished ? 0 : size);
+        }
+        if (failure == std::errc::filename_too_long)
+            refuse(current, QString::fromStdString(failure.message()));
+    }
 }
 
 } // namespace cartloom::TreeInspection

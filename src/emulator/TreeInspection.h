@@ -24,4 +24,9 @@ struct Bounds
 /// change the folder meanwhile. Any thread.
 void inspect(const std::filesystem::path& folder, const Bounds& bounds = {});
 
+/// Counts the entries and bytes of a folder that another process is filling, and changes nothing. Throws
+/// AppError, as inspect does, for more than the bounds allow and for a path that is too long to be looked at.
+/// Any thread.
+void checkSize(const std::filesystem::path& folder, const Bounds& bounds);
+
 } // namespace cartloom::TreeInspection

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace cartloom
@@ -64,6 +66,27 @@ std::size_t FileDescriptor::readSome(char* data, std::size_t length) const
         if (errno != EINTR)
             throw lastSystemError();
     }
+}
+
+std::size_t FileDescriptor::readAt(std::int64_t position, char* data, std::size_t length) const
+{
+    std::size_t done = 0;
+    while (done < length) {
+        const auto count =
+            ::pread(m_descriptor, data + done, length - done, position + static_cast<off_t>(done));
+        if (count < 0 && errno != EINTR)
+            throw lastSystemError();
+        if (count == 0)
+            break;
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return done;
+}
+
+bool FileDescriptor::waitUntilReadable(std::chrono::milliseconds timeout) const
+{
+    pollfd wait{m_descriptor, POLLIN, 0};
+    return ::poll(&wait, 1, static_cast<int>(timeout.count())) > 0;
 }
 
 void FileDescriptor::writeAll(const char* data, std::size_t length) const

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -42,6 +44,12 @@ public:
 
     /// Reads once, up to length bytes. 0 at the end.
     [[nodiscard]] std::size_t readSome(char* data, std::size_t length) const;
+
+    /// Reads length bytes from a position on, whatever was read before. Fewer only at the end of the file.
+    [[nodiscard]] std::size_t readAt(std::int64_t position, char* data, std::size_t length) const;
+
+    /// Blocks until a read would not block. False if that took longer than the timeout.
+    [[nodiscard]] bool waitUntilReadable(std::chrono::milliseconds timeout) const;
 
     /// Writes all bytes; repeats the call after a short write.
     void writeAll(const char* data, std::size_t length) const;

@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -18,14 +20,6 @@ namespace cartloom::Files
 
 namespace
 {
-
-qint64 sizeOf(const FileDescriptor& file)
-{
-    struct stat status = {};
-    if (::fstat(file.get(), &status) != 0)
-        throw lastSystemError();
-    return static_cast<qint64>(status.st_size);
-}
 
 QByteArray readFrom(const FileDescriptor& source, qint64 limit)
 {
@@ -118,13 +112,15 @@ QByteArray read(const fs::path& path, qint64 limit)
     return readFrom(FileDescriptor::openForReading(path), limit);
 }
 
-QByteArray readEnd(const fs::path& path, qint64 limit)
+bool isVolumeFull(const fs::path& path) noexcept
 {
-    const auto source = FileDescriptor::openForReading(path);
-    const off_t start = std::max<qint64>(sizeOf(source) - limit, 0);
-    if (::lseek(source.get(), start, SEEK_SET) != start)
-        throw lastSystemError();
-    return readFrom(source, limit);
+    constexpr std::uintmax_t nextToNothing = 1024 * 1024;
+    struct statvfs status = {};
+    if (::statvfs(path.c_str(), &status) != 0)
+        return false;
+    // Volumes without a fixed number of files report 0 of 0.
+    const bool isOutOfFiles = status.f_files > 0 && status.f_favail == 0;
+    return isOutOfFiles || std::uintmax_t{status.f_bavail} * status.f_frsize < nextToNothing;
 }
 
 } // namespace cartloom::Files

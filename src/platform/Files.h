@@ -46,7 +46,8 @@ void tryFlush(const std::filesystem::path& path) noexcept;
 /// The first bytes of the file, at most limit.
 [[nodiscard]] QByteArray read(const std::filesystem::path& path, qint64 limit);
 
-/// The last bytes of the file, at most limit.
-[[nodiscard]] QByteArray readEnd(const std::filesystem::path& path, qint64 limit);
+/// True if the volume of the path has less than 1 MiB left for this user, or no room for one more file. False
+/// if that cannot be found out.
+[[nodiscard]] bool isVolumeFull(const std::filesystem::path& path) noexcept;
 
 } // namespace cartloom::Files

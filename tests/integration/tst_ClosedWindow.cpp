@@ -3,6 +3,7 @@
 #include "storage/Paths.h"
 #include "support/AresBundle.h"
 #include "support/FlowTest.h"
+#include "support/StandInTool.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -130,28 +131,45 @@ private Q_SLOTS:
         QVERIFY(playsAgain());
     }
 
-    void whileTheEmulatorIsUnpacked_data() { addOnlyRow("67 the emulator is unpacked"); }
+#ifdef Q_OS_LINUX
+    void whileTheEmulatorIsUnpacked_data()
+    {
+        QTest::addColumn<bool>("isKilled");
+        QTest::newRow("67 the emulator is unpacked") << false;
+        QTest::newRow("77 the launcher is killed while the emulator is unpacked") << true;
+    }
 
     void whileTheEmulatorIsUnpacked()
     {
-        const auto tools = m_sandbox->scratch() / "tools";
+        QFETCH(const bool, isKilled);
+        const auto unpacking = m_sandbox->scratch() / "unpacking";
         const auto scratch = toText(m_sandbox->scratch());
-        fs::rename(makeAresApp(tools) / "Contents/MacOS/ares", tools / "bsdtar");
-        qputenv("PATH", QByteArray::fromStdString(tools.native()));
-        scriptChild({QStringLiteral("touch %1/unpacking").arg(scratch),
-                     QStringLiteral("wait %1/go").arg(scratch),
+        const StandInTool tool(m_sandbox->scratch() / "tools",
+                               "echo $$ >'" + QByteArray::fromStdString(unpacking.native()) +
+                                   "'\nexec '" SCRIPTED_CHILD "'");
+        scriptChild({QStringLiteral("touch %1/begun").arg(scratch), QStringLiteral("wait %1/go").arg(scratch),
                      QStringLiteral("touch %1/over").arg(scratch)});
         startLauncher();
-        QVERIFY(appears(m_sandbox->scratch() / "unpacking"));
-        QVERIFY(closes());
+        QVERIFY(appears(m_sandbox->scratch() / "begun"));
         QVERIFY(fs::exists(Paths::aresNew()));
-        // The tool outlives the launcher, and what it does late must not reach the next installation.
+        if (isKilled) {
+            m_launcher->kill();
+            QVERIFY(m_launcher->waitForFinished());
+        } else {
+            QVERIFY(closes());
+        }
+        const auto program = fs::path("/proc") / readFile(unpacking).trimmed().toStdString() / "exe";
+        // A process that has ended has no program, even before its parent waits for it.
+        QVERIFY(QTest::qWaitFor([&] { return !fs::exists(program); }, 30'000));
+        QVERIFY(!fs::exists(m_sandbox->scratch() / "over"));
         QVERIFY(playsAgain());
-        writeFile(m_sandbox->scratch() / "go", {});
-        QVERIFY(appears(m_sandbox->scratch() / "over"));
     }
+#endif
 
-    void whileTheEmulatorPlays_data() { addOnlyRow("67 the emulator plays"); }
+    void whileTheEmulatorPlays_data()
+    {
+        addOnlyRow("67 the emulator plays");
+    }
 
     void whileTheEmulatorPlays()
     {
@@ -171,7 +189,10 @@ private Q_SLOTS:
         QVERIFY(playsAgain());
     }
 
-    void whileAnUpdateIsLookedFor_data() { addOnlyRow("67 an update is looked for"); }
+    void whileAnUpdateIsLookedFor_data()
+    {
+        addOnlyRow("67 an update is looked for");
+    }
 
     void whileAnUpdateIsLookedFor()
     {
@@ -184,7 +205,10 @@ private Q_SLOTS:
         QVERIFY(playsAgain());
     }
 
-    void whileNothingRuns_data() { addOnlyRow("67 nothing runs"); }
+    void whileNothingRuns_data()
+    {
+        addOnlyRow("67 nothing runs");
+    }
 
     void whileNothingRuns()
     {

@@ -53,16 +53,20 @@ quint32 checksumOf(const QByteArray& bytes)
     return ~sum;
 }
 
+quint32 sizeOf(const ZipEntry& entry)
+{
+    return entry.size.value_or(entry.deflatedFrom.value_or(longOf(entry.contents.size())));
+}
+
 /// What the entry's own header and the directory say in the same words.
-QByteArray description(const ZipEntry& entry)
+QByteArray description(const ZipEntry& entry, quint32 size)
 {
     const quint16 flags = 0;
     const quint16 method = entry.deflatedFrom ? deflate : 0;
     const quint32 time = 0x58210000;
     const quint32 compressed = longOf(entry.contents.size());
     return number(flags) + number(method) + number(time) +
-           number(entry.checksum.value_or(checksumOf(entry.contents))) + number(compressed) +
-           number(entry.size.value_or(entry.deflatedFrom.value_or(compressed))) +
+           number(entry.checksum.value_or(checksumOf(entry.contents))) + number(compressed) + number(size) +
            number(shortOf(entry.name.size())) + number(quint16(0));
 }
 
@@ -73,10 +77,12 @@ QByteArray zipOf(const std::vector<ZipEntry>& entries)
     QByteArray body;
     QByteArray directory;
     for (const auto& entry : entries) {
-        directory += "PK\x01\x02" + number(versionOfUnix) + number(quint16(20)) + description(entry) +
-                     number(quint16(0)) + number(quint16(0)) + number(quint16(0)) +
-                     number(entry.mode << 16U) + number(longOf(body.size())) + entry.name;
-        body += "PK\x03\x04" + number(quint16(20)) + description(entry) + entry.name + entry.contents;
+        directory += "PK\x01\x02" + number(versionOfUnix) + number(quint16(20)) +
+                     description(entry, entry.announcedSize.value_or(sizeOf(entry))) + number(quint16(0)) +
+                     number(quint16(0)) + number(quint16(0)) + number(entry.mode << 16U) +
+                     number(longOf(body.size())) + entry.name;
+        body += "PK\x03\x04" + number(quint16(20)) + description(entry, sizeOf(entry)) + entry.name +
+                entry.contents;
     }
     const quint16 count = shortOf(static_cast<qsizetype>(entries.size()));
     return body + directory + "PK\x05\x06" + number(quint32(0)) + number(count) + number(count) +

@@ -21,6 +21,8 @@ struct ZipEntry
     /// Written in place of the true values.
     std::optional<quint32> checksum = {};
     std::optional<quint32> size = {};
+    /// Written in place of the size in the directory only.
+    std::optional<quint32> announcedSize = {};
 };
 
 /// The bytes of a zip archive, for entries that no archive tool would write.

@@ -2,6 +2,7 @@
 #include "emulator/Unpacking.h"
 #include "errors/AppError.h"
 #include "errors/PlatformError.h"
+#include "platform/Text.h"
 #include "support/AresBundle.h"
 #include "support/Failures.h"
 #include "support/StandInTool.h"
@@ -25,19 +26,23 @@ class UnpackingTest : public QObject
     fs::path folder() const { return m_sandbox->scratch() / "folder"; }
 
     /// The failure of a tool that does what the script says.
-    std::optional<AppError> failureOfTool(const QStringList& script) const
+    std::optional<AppError> failureOfTool(const QStringList& script, const QByteArray& zip = zipOf({})) const
     {
         scriptChild(script);
-        return failureOfShellTool("exec '" SCRIPTED_CHILD "'");
+        return failureOfShellTool("exec '" SCRIPTED_CHILD "'", zip);
     }
 
-    std::optional<AppError> failureOfShellTool(const QByteArray& script) const
+    std::optional<AppError> failureOfShellTool(const QByteArray& script, const QByteArray& zip = zipOf({}),
+                                               const fs::path& name = "folder",
+                                               const TreeInspection::Bounds& bounds = {}) const
     {
         const StandInTool tool(m_sandbox->scratch() / "tools", script);
         const auto archive = m_sandbox->scratch() / "any.zip";
-        writeFile(archive, zipOf({}));
+        writeFile(archive, zip);
+        const auto folder = m_sandbox->scratch() / name;
+        fs::create_directories(folder);
         return failureOf<AppError>([&] {
-            unzip(archive, folder(), {});
+            unzip(archive, folder, {}, bounds);
             return 0;
         });
     }
@@ -91,6 +96,115 @@ private Q_SLOTS:
         const auto failure = failureOfTool(script).value();
         QCOMPARE(failure.message, message);
         QCOMPARE(failure.details, details);
+    }
+
+    void wordsInANameAreNoFullDisk_data()
+    {
+        QTest::addColumn<QByteArray>("zip");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("79 the name that is told")
+            << zipOf({{"No Space/x"}}) << QStringLiteral("No Space/x: CRC");
+        QTest::newRow("79 another name")
+            << zipOf({{"no space"}}) << QStringLiteral("No space left on device");
+        // The contents begin after 31 bytes.
+        QTest::newRow("79 where two blocks are read")
+            << zipOf({{"x", QByteArray(64 * 1024 - 35, 'x') + "no space"}}) << QStringLiteral("no space");
+    }
+
+    /// The tool's words do not count where a name in its message may have brought them.
+    void wordsInANameAreNoFullDisk()
+    {
+        QFETCH(const QByteArray, zip);
+        QFETCH(const QString, told);
+        const auto failure = failureOfTool({QStringLiteral("err ") + told, QStringLiteral("exit 1")}, zip);
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure->details, told + u'\n');
+    }
+
+    void wordsInTheFoldersNameAreNoFullDisk()
+    {
+        scriptChild({QStringLiteral("err a/No Space/b: Failed"), QStringLiteral("exit 1")});
+        const auto failure = failureOfShellTool("exec '" SCRIPTED_CHILD "'", zipOf({}), "No Space/folder");
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+    }
+
+    void tooLargeArchiveDoesNotStartTheTool_data()
+    {
+        QTest::addColumn<QByteArray>("zip");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("77 1,001 bytes")
+            << zipOf({{"a", QByteArray(1000, 'a')}, {"b", "b"}}) << QStringLiteral("b: too many bytes");
+        QTest::newRow("77 four entries")
+            << zipOf({{"a"}, {"b"}, {"c"}, {"d"}}) << QStringLiteral("d: too many files");
+        QTest::newRow("78 no zip") << QByteArray(1000, '\0') << QStringLiteral("The archive has no end.");
+    }
+
+    void tooLargeArchiveDoesNotStartTheTool()
+    {
+        QFETCH(const QByteArray, zip);
+        QFETCH(const QString, reason);
+        const auto started = m_sandbox->scratch() / "started";
+        const auto failure = failureOfShellTool("touch '" + QByteArray::fromStdString(started.native()) + "'",
+                                                zip, "folder", {3, 1000});
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure->details, reason);
+        QVERIFY(!fs::exists(started));
+    }
+
+    void toolIsEndedPastWhatIsAnnounced_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("77 one byte too many")
+            << QByteArray("printf 12345 >\"$folder/x\"") << QStringLiteral("x: too many bytes");
+        QTest::newRow("77 too many folders")
+            << QByteArray("mkdir -p \"$folder/a/b/c/d\"") << QStringLiteral("a/b/c/d: too many files");
+        QTest::newRow("77 with a flood of errors")
+            << QByteArray("printf 12345 >\"$folder/x\"; exec yes >&2") << QStringLiteral("x: too many bytes");
+    }
+
+    void toolIsEndedPastWhatIsAnnounced()
+    {
+        QFETCH(const QByteArray, script);
+        QFETCH(const QString, reason);
+        const auto survived = m_sandbox->scratch() / "survived";
+        scriptChild({QStringLiteral("wait ") + toText(m_sandbox->scratch() / "never"),
+                     QStringLiteral("touch ") + toText(survived)});
+        const auto failure =
+            failureOfShellTool("for folder; do :; done\n" + script + "\nexec '" SCRIPTED_CHILD "'",
+                               zipOf({{"x", "1234"}}), "folder", {3, 1000});
+        QCOMPARE(failure.value().message,
+                 QStringLiteral("Could not unpack Ares. The download may be damaged."));
+        QCOMPARE(failure->details, reason);
+        QVERIFY(!fs::exists(survived));
+    }
+
+    /// A check every 50 ms lets some 100 MB through here.
+    void lyingArchiveIsEndedSoon()
+    {
+        std::vector<ZipEntry> entries;
+        for (ZipEntry zeros = zipZeros({}, 64 * 1024 * 1024); entries.size() < 128;
+             entries.push_back(zeros)) {
+            zeros.name = QByteArray::number(entries.size());
+            // The tool believes what stands before the contents.
+            zeros.announcedSize = 10;
+        }
+        const auto archive = m_sandbox->scratch() / "any.zip";
+        writeFile(archive, zipOf(entries));
+        const auto failure = failureOf<AppError>([&] {
+            unzip(archive, folder(), {});
+            return 0;
+        });
+        QVERIFY2(failure.value().details.endsWith(QStringLiteral(": too many bytes")),
+                 qPrintable(failure->details));
+        std::uintmax_t written = 0;
+        for (const auto& file : fs::directory_iterator(folder()))
+            written += file.file_size();
+        qInfo("%llu bytes written", static_cast<unsigned long long>(written));
+        QVERIFY2(written < 2'000'000'000, qPrintable(QString::number(written)));
     }
 
     void toolSpeaksEnglishInAnyLanguage()

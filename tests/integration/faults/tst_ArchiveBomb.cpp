@@ -12,40 +12,76 @@ class ArchiveBombTest : public SmallVolumeTest
 {
     Q_OBJECT
 
+    /// Files of 64 MiB each.
+    static std::vector<ZipEntry> bomb(std::size_t files)
+    {
+        std::vector<ZipEntry> entries;
+        for (ZipEntry zeros = zipZeros({}, 64 * 1024 * 1024); entries.size() < files;
+             entries.push_back(zeros))
+            zeros.name = "ares.app/" + QByteArray::number(entries.size());
+        return entries;
+    }
+
 private Q_SLOTS:
-    void unpackedBytesAreFreedAgain_data() { addOnlyRow("42 a bomb of 4 GB"); }
+    void unpackedBytesAreFreedAgain_data() { addOnlyRow("42 a bomb of 2 GB"); }
 
     void unpackedBytesAreFreedAgain()
     {
-        constexpr quint32 size = 64 * 1024 * 1024;
-        std::vector<ZipEntry> entries{zipProgram()};
-        for (ZipEntry zeros = zipZeros({}, size); entries.size() < 65; entries.push_back(zeros))
-            zeros.name = "ares.app/" + QByteArray::number(entries.size());
         saveGame();
         restart();
         const auto before = m_volume->used();
-        m_sites->publish(zipOf(entries));
+        m_sites->publish(zipOf(bomb(32)));
         CHECKED(press());
         CHECKED(QVERIFY(failed("Getting Ares")));
         QCOMPARE(m_volume->used(), before);
         nextPressPlays();
     }
 
-    void tooManyUnpackedFilesAreRefused_data() { addOnlyRow("42 a bomb of 200,001 files"); }
-
-    void tooManyUnpackedFilesAreRefused()
+    void misleadingNameHidesNoFullDisk_data()
     {
-        std::vector<ZipEntry> entries{zipProgram()};
-        for (int i = 0; i < 200'001; ++i)
-            entries.push_back({"ares.app/" + QByteArray::number(i)});
+        addOnlyRow("79 a full disk, and an entry that says no space");
+    }
+
+    void misleadingNameHidesNoFullDisk()
+    {
+        auto entries = bomb(32);
+        entries.insert(entries.begin(), {"ares.app/no space"});
         saveGame();
         restart();
-        m_volume->leaveRoomFor(16 * plenty);
+        m_sites->publish(zipOf(entries));
+        CHECKED(press());
+        CHECKED(QVERIFY(failed("Getting Ares")));
+        nextPressPlays();
+    }
+
+    void tooMuchIsRefused_data()
+    {
+        QTest::addColumn<std::vector<ZipEntry>>("entries");
+        QTest::addColumn<QString>("reason");
+        std::vector<ZipEntry> files;
+        for (int i = 0; i < 200'001; ++i)
+            files.push_back({"ares.app/" + QByteArray::number(i)});
+        auto lies = bomb(64);
+        for (auto& entry : lies)
+            entry.announcedSize = 10;
+        QTest::newRow("42 a bomb of 200,001 files") << files << QStringLiteral(": too many files");
+        QTest::newRow("77 a bomb of 4 GB") << bomb(64) << QStringLiteral(": too many bytes");
+        QTest::newRow("77 a bomb of 4 GB that announces 640 bytes")
+            << lies << QStringLiteral(": too many bytes");
+    }
+
+    void tooMuchIsRefused()
+    {
+        QFETCH(std::vector<ZipEntry>, entries);
+        QFETCH(const QString, reason);
+        entries.push_back(zipProgram());
+        saveGame();
+        restart();
+        m_volume->leaveRoomFor(80 * plenty);
         const auto before = m_volume->used();
         m_sites->publish(zipOf(entries));
         CHECKED(press());
-        QVERIFY2(m_model->errorDetails().endsWith(QStringLiteral(": too many files")),
-                 qPrintable(m_model->errorDetails()));
+        QVERIFY2(m_model->errorDetails().endsWith(reason), qPrintable(m_model->errorDetails()));
         CHECKED(shows({QStringLiteral("Could not unpack Ares. The download may be damaged."),
                        m_model->errorDetails()}));
         CHECKED(nothingChanged());

@@ -156,6 +156,22 @@ private Q_SLOTS:
         isTaken(before({zipProgram(other)}));
     }
 
+    void nameIsNotTakenForAFullDisk_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("79 an entry that says no space") << QByteArray("no space/x");
+        QTest::newRow("79 an entry that says what the system says")
+            << QByteArray("file: No space left on device");
+    }
+
+    void nameIsNotTakenForAFullDisk()
+    {
+        QFETCH(const QByteArray, name);
+        ZipEntry wrong{name, "text"};
+        wrong.checksum = 1;
+        isRefused(before({wrong}), QString::fromUtf8(name));
+    }
+
 private:
     /// A tar archive with a single hard link.
     static QByteArray tarWithHardLink(const QByteArray& name, const QByteArray& target)

@@ -52,7 +52,7 @@ def complaints_about(work):
     if not 0 < connections <= requests:
         complaints.append(f"{connections} connections for {requests} requests")
     started = {os.path.basename(program) for t in threads for program in t.started}
-    needed = {"cartloom-demo", "bsdtar", "ares"}
+    needed = {"cartloom-demo", "setpriv", "bsdtar", "ares"}
     # The demo closes the emulator's window with wmctrl.
     complaints += [f"{program} was started" for program in started - needed - {"wmctrl"}]
     complaints += [f"{program} was not started" for program in needed - started]
