@@ -119,7 +119,7 @@ QString plainName(const QString& name)
 
 QString namesOf(const std::vector<APIAsset>& assets)
 {
-    constexpr qsizetype maxNames = 50;
+    constexpr qsizetype maxNames = 30;
     QStringList names;
     for (const auto& asset : assets) {
         if (names.size() == maxNames) {

@@ -164,8 +164,8 @@ private Q_SLOTS:
             QStringLiteral("a?b?c?d"));
         row("82 outside the BMP", QString::fromUcs4(U"\U0001F600"), mark + mark);
         const QByteArray others = "," + asset("x");
-        const QString lines = QStringLiteral("x") + QStringLiteral("\nx").repeated(49);
-        QTest::newRow("82 50 names") << others.repeated(50).mid(1) << lines;
+        const QString lines = QStringLiteral("x") + QStringLiteral("\nx").repeated(29);
+        QTest::newRow("82 30 names") << others.repeated(30).mid(1) << lines;
         QTest::newRow("82 80,000 names") << others.repeated(80'000).mid(1) << lines + QStringLiteral("\n...");
     }
 
