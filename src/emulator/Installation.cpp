@@ -156,10 +156,14 @@ QCoro::Task<void> discardOldCopy()
     // Everything is installed and nothing is downloaded now. The leftovers are listed before the first wait,
     // so that the work folder of a download that starts meanwhile is not one of them.
     const auto leftovers = Paths::takeLeftovers();
-    co_await runOnWorker([&leftovers] {
-        for (const auto& leftover : leftovers)
-            Removal::tryRemove(leftover);
-    });
+    try {
+        co_await runOnWorker([&leftovers] {
+            for (const auto& leftover : leftovers)
+                Removal::tryRemove(leftover);
+        });
+    } catch (const std::system_error&) {
+        // No thread is left. The next download deletes them.
+    }
 }
 
 bool recover()

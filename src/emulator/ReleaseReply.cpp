@@ -104,17 +104,41 @@ bool isMacOSDownload(const APIAsset& asset)
            !asset.name.contains(QLatin1String("dSYMs"));
 }
 
+/// The name in printable ASCII. Other characters can make the window look for fonts, or lay out text, for
+/// seconds.
+QString plainName(const QString& name)
+{
+    constexpr qsizetype maxLength = 100;
+    QString plain = name.left(maxLength);
+    for (QChar& character : plain) {
+        if (character < u' ' || character > u'~')
+            character = u'?';
+    }
+    return name.size() > maxLength ? plain + QStringLiteral("...") : plain;
+}
+
+QString namesOf(const std::vector<APIAsset>& assets)
+{
+    constexpr qsizetype maxNames = 30;
+    QStringList names;
+    for (const auto& asset : assets) {
+        if (names.size() == maxNames) {
+            names.append(QStringLiteral("..."));
+            break;
+        }
+        names.append(plainName(asset.name));
+    }
+    return names.join(u'\n');
+}
+
 AresRelease choose(const APIRelease& release)
 {
     const auto chosen = std::ranges::find_if(release.assets, isMacOSDownload);
     const auto url = chosen != release.assets.end() ? parseLink(chosen->browserDownloadURL) : std::nullopt;
     if (!url) {
-        QStringList names;
-        for (const auto& asset : release.assets)
-            names.append(asset.name);
         throw AppError(QStringLiteral("The latest Ares release (") + release.tagName +
                            QStringLiteral(") has no macOS download."),
-                       names.join(u'\n'));
+                       namesOf(release.assets));
     }
     return {release.tagName, chosen->name, *url, chosen->size};
 }

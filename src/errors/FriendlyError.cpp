@@ -3,6 +3,7 @@
 
 #include "errors/PlatformError.h"
 
+#include <new>
 #include <optional>
 #include <system_error>
 
@@ -23,6 +24,8 @@ PlatformError asPlatformError(const std::exception& error)
         return *platform;
     if (const auto* system = dynamic_cast<const std::system_error*>(&error))
         return {ErrorDomain::posix, system->code().value(), QString::fromStdString(system->code().message())};
+    if (dynamic_cast<const std::bad_alloc*>(&error))
+        return asPlatformError(std::system_error(std::make_error_code(std::errc::not_enough_memory)));
     return {"CartloomErrorDomain", 1, QString::fromUtf8(error.what())};
 }
 

@@ -22,7 +22,6 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t maxHeadBytes = 256 * 1024;
 constexpr long bufferBytes = 256 * 1024;
 constexpr auto reportInterval = 100ms;
 
@@ -124,9 +123,11 @@ void HttpTransfer::prepare()
     set(CURLOPT_HEADERDATA, this);
     set(CURLOPT_WRITEFUNCTION, &callback<&HttpTransfer::takeBody>);
     set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_DEBUGFUNCTION, &HttpTransfer::trace);
+    set(CURLOPT_DEBUGDATA, this);
+    set(CURLOPT_VERBOSE, 1L);
 
-    m_headBytes = 0;
-    m_headComplete = false;
+    m_head = {};
     m_inBody = false;
     m_bodyRefused = false;
 }
@@ -145,6 +146,8 @@ void HttpTransfer::runToEnd()
         curl_multi_perform(multi, &running);
         if (running == 0)
             break;
+        if (m_head.isFramingEndless())
+            throw urlError(UrlError::badServerResponse);
         const auto idle = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - lastByte);
         const auto left = m_request.limits.idleTimeout - idle;
         if (left <= 0ms)
@@ -166,7 +169,7 @@ void HttpTransfer::runToEnd()
     if (result != CURLE_OK && !isRefusal)
         throw CurlErrors::translate(result, m_easy.get());
     // libcurl accepts a head that is cut short.
-    if (status() && !m_headComplete && !isRefusal)
+    if (status() && !m_head.isComplete() && !isRefusal)
         throw urlError(UrlError::networkConnectionLost);
     if (m_inBody && m_decoder)
         m_decoder->finish();
@@ -226,22 +229,28 @@ std::size_t HttpTransfer::callback(char* data, std::size_t size, std::size_t cou
     return self->m_failure || self->m_bodyRefused ? size * count + 1 : size * count;
 }
 
+/// The one callback that sees the extensions of chunks. libcurl drops them, whatever their length.
+int HttpTransfer::trace(CURL* /*easy*/, curl_infotype type, char* /*data*/, std::size_t length,
+                        void* transfer)
+{
+    if (type == CURLINFO_DATA_IN)
+        static_cast<HttpTransfer*>(transfer)->m_head.takeFramed(length);
+    return 0;
+}
+
 void HttpTransfer::takeHeader(const char* line, std::size_t length)
 {
-    const std::string_view text(line, length);
-    // Interim responses, redirects and a proxy's reply have heads of their own.
-    if (text.starts_with("HTTP/")) {
-        m_headBytes = 0;
-        m_headComplete = false;
-    }
-    m_headComplete = m_headComplete || text == "\r\n" || text == "\n";
-    m_headBytes += length;
-    if (m_headBytes > maxHeadBytes)
-        throw urlError(UrlError::badServerResponse);
+    m_head.takeLine({line, length});
+    long proxyStatus = 0;
+    curl_easy_getinfo(m_easy.get(), CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
+    // libcurl 7.88 would read the body of a refused tunnel to its end, byte by byte.
+    if (m_head.isComplete() && proxyStatus >= 300)
+        throw urlError(UrlError::networkConnectionLost);
 }
 
 void HttpTransfer::takeBody(const char* data, std::size_t length)
 {
+    m_head.takeBody();
     if (!m_inBody)
         startBody();
     if (m_bodyRefused)

@@ -7,6 +7,7 @@
 #include "network/HttpRequest.h"
 #include "network/HttpResponse.h"
 #include "network/ProgressCallback.h"
+#include "network/ResponseHead.h"
 
 #include <chrono>
 #include <exception>
@@ -53,6 +54,7 @@ private:
 
     template <auto Take>
     static std::size_t callback(char* data, std::size_t size, std::size_t count, void* transfer);
+    static int trace(CURL* easy, curl_infotype type, char* data, std::size_t length, void* transfer);
 
     HttpRequest m_request;
     const CancellationToken m_token;
@@ -66,8 +68,7 @@ private:
     Curl::Multi m_multi;
 
     bool m_wasSecure = false;
-    std::size_t m_headBytes = 0;
-    bool m_headComplete = false;
+    ResponseHead m_head;
     bool m_inBody = false;
     bool m_bodyRefused = false;
     std::unique_ptr<ContentDecoder> m_decoder;

@@ -6,5 +6,6 @@
 void cartloom::Signals::prepare()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);
 }

@@ -69,6 +69,8 @@ RawConnection::RawConnection(QTcpSocket* socket, Respond respond)
         fill();
         Q_EMIT bytesSent();
     });
+    if (const auto* const secure = qobject_cast<QSslSocket*>(m_socket))
+        connect(secure, &QSslSocket::encryptedBytesWritten, this, &RawConnection::fill);
 }
 
 void RawConnection::send(const QByteArray& bytes)
@@ -87,7 +89,11 @@ void RawConnection::fill()
 {
     if (m_toFill <= 0)
         return;
-    while (m_toFill > 0 && m_socket->bytesToWrite() < fillLimit) {
+    const auto* const secure = qobject_cast<QSslSocket*>(m_socket);
+    const auto unsent = [&] {
+        return m_socket->bytesToWrite() + (secure ? secure->encryptedBytesToWrite() : 0);
+    };
+    while (m_toFill > 0 && unsent() < fillLimit) {
         m_socket->write(m_block);
         m_toFill -= m_block.size();
     }

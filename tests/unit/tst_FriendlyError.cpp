@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 using namespace cartloom;
@@ -69,6 +70,13 @@ private Q_SLOTS:
         QCOMPARE(made.details, QStringLiteral("Getting Ares\n%1 %2\nWhat the system says.")
                                    .arg(QString::fromLatin1(domain))
                                    .arg(code));
+    }
+
+    void missingMemoryIsTheSystemsError()
+    {
+        const auto made = FriendlyError::make(std::bad_alloc(), step);
+        QCOMPARE(made.message, QStringLiteral("Getting Ares failed: Cannot allocate memory"));
+        QCOMPARE(made.details, QStringLiteral("Getting Ares\nNSPOSIXErrorDomain 12\nCannot allocate memory"));
     }
 
     void aTimeOutHasThreeLinesOfDetails()

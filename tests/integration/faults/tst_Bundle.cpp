@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/Text.h"
 #include "storage/Paths.h"
+#include "support/BinaryList.h"
 #include "support/Checked.h"
 #include "support/FaultTest.h"
 
-#include <plist/plist.h>
-
 #include <QtTest>
-
-#include <cstdlib>
 
 #include <sys/resource.h>
 
@@ -35,19 +32,16 @@ QByteArray named(const QByteArray& name, const QByteArray& type = {})
     return xml(entry("<string>" + name + "</string>"), type);
 }
 
-QByteArray binary(const char* name)
+QByteArray binary(const QByteArray& value)
 {
-    const plist_t root = plist_new_dict();
-    plist_dict_set_item(root, "Other", plist_new_uint(7));
-    plist_dict_set_item(root, key, plist_new_string(name));
-    char* bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    const QByteArray result(bytes, static_cast<qsizetype>(length));
-    // The library's own function for it has another name in each version.
-    std::free(bytes);
-    plist_free(root);
-    return result;
+    return BinaryList::of({BinaryList::dictionary({1, 2, 3, 4}), BinaryList::text("Other"),
+                           BinaryList::text(key), BinaryList::array({1}), value});
+}
+
+QByteArray nested(int levels, const QByteArray& after = {})
+{
+    return xml("<dict><key>A</key>" + QByteArray("<array>").repeated(levels) +
+               QByteArray("</array>").repeated(levels) + after + "</dict>");
 }
 
 /// The most memory that this process has used so far, in bytes.
@@ -109,8 +103,10 @@ private Q_SLOTS:
             << QByteArray("other");
         QTest::newRow("76 XML, standard entities") << named("a&amp;b &lt;c&gt;") << QByteArray("a&b <c>");
         QTest::newRow("76 XML, not ASCII") << named("ä日") << QByteArray("ä日");
-        QTest::newRow("76 binary") << binary("other") << QByteArray("other");
-        QTest::newRow("76 binary, not ASCII") << binary("ä日") << QByteArray("ä日");
+        QTest::newRow("76 binary") << binary(BinaryList::text("other")) << QByteArray("other");
+        QTest::newRow("76 binary, not ASCII")
+            << binary(BinaryList::utf16(QStringLiteral("ä日"))) << QByteArray("ä日");
+        QTest::newRow("81 binary, with 2^40 strings") << BinaryList::bomb(40, "other") << QByteArray("other");
     }
 
     void namedProgramIsStarted()
@@ -130,7 +126,7 @@ private Q_SLOTS:
         QTest::newRow("76 words") << QByteArray("not a property list");
         QTest::newRow("76 zeros") << QByteArray(4096, '\0');
         QTest::newRow("76 truncated") << whole.left(whole.indexOf("none") + 2);
-        QTest::newRow("76 binary, truncated") << binary("none").chopped(10);
+        QTest::newRow("76 binary, truncated") << binary(BinaryList::text("none")).chopped(10);
         QTest::newRow("76 binary, header only") << QByteArray("bplist00");
         QTest::newRow("76 array at the top") << xml("<array><string>none</string></array>");
         QTest::newRow("76 string at the top") << xml("<string>none</string>");
@@ -143,7 +139,9 @@ private Q_SLOTS:
              {"<integer>5</integer>", "<true/>", "<array/>", "<dict/>", "<data>YQ==</data>"})
             QTest::addRow("76 value %s", value) << xml(entry(value));
         QTest::newRow("76 longer than 1 MiB") << whole + QByteArray(1024 * 1024, ' ');
-        QTest::newRow("76 nested 100,000 levels deep") << xml(QByteArray("<array>").repeated(100'000));
+        QTest::newRow("81 140,000 nested arrays, not closed") << xml(QByteArray("<array>").repeated(140'000));
+        QTest::newRow("81 name after 60,000 nested arrays")
+            << nested(60'000, "<key>CFBundleExecutable</key><string>none</string>");
     }
 
     void programIsAresIfNoneIsNamed()
@@ -232,7 +230,8 @@ private Q_SLOTS:
     void unusableNameIsReported()
     {
         QFETCH(const QByteArray, name);
-        arrange(named(name));
+        // XML cannot hold a NUL.
+        arrange(name.contains('\0') ? binary(BinaryList::text(name)) : named(name));
         makeProgram(outside() / "evil", markStart());
         for (const char* const program : {"ares..", "folder/ares", "../outside"})
             makeProgram(programs() / program, markStart());
@@ -245,6 +244,26 @@ private Q_SLOTS:
         CHECKED(nothingChanged());
         QVERIFY(!fs::exists(marker()));
         writeFile(list(), named("ares"));
+        nextPressPlays();
+    }
+
+    void updateWithARefusedListIsRolledBack_data() { addOnlyRow("81 update with 60,000 nested arrays"); }
+
+    void updateWithARefusedListIsRolledBack()
+    {
+        installAres("v146");
+        fs::rename(Paths::ares(), Paths::aresOld());
+        installAres("v147");
+        fs::rename(programs() / "ares", programs() / "other");
+        writeFile(list(), nested(60'000));
+        saveGame();
+        restart();
+        CHECKED(press());
+        CHECKED(shows({QStringLiteral(
+                           "Could not find the program inside ares.app.\n\nThe new Ares did not work, so the "
+                           "previous version was put back."),
+                       toText(Paths::ares() / "ares.app")}));
+        QCOMPARE(installedTag(), QByteArray("v146"));
         nextPressPlays();
     }
 };
