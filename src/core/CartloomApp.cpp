@@ -11,6 +11,7 @@
 #include <QQmlComponent>
 #include <QQuickWindow>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace cartloom
@@ -64,10 +65,19 @@ void CartloomApp::showWindow() const
     window->requestActivate();
 }
 
+int CartloomApp::endAsSecond() const
+{
+    if (m_instance.reachedFirst())
+        return EXIT_SUCCESS;
+    // Qt's messages may go to the system's log instead.
+    std::fputs("Cartloom is already running and does not answer.\n", stderr);
+    return EXIT_FAILURE;
+}
+
 int CartloomApp::run()
 {
     if (!isFirst())
-        return EXIT_SUCCESS;
+        return endAsSecond();
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
     // Worker threads may still run; nothing waits for them.
     if (m_model->hasWorkUnderWay())

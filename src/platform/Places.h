@@ -2,10 +2,11 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
-/// Where this system keeps things for its user. All paths are absolute. Reading one creates nothing. Any
-/// thread.
+/// Where this system keeps things for its user. All paths are absolute and byte for byte as the system gives
+/// them. Reading one creates nothing. Any thread.
 namespace cartloom::Places
 {
 
@@ -18,5 +19,8 @@ namespace cartloom::Places
 
 /// The folders in which applications are usually installed, those of the whole machine before the user's own.
 [[nodiscard]] std::vector<std::filesystem::path> applicationFolders();
+
+/// The folder for what must not outlive the user's session; none if the session has none. Not checked.
+[[nodiscard]] std::optional<std::filesystem::path> sessionFolder();
 
 } // namespace cartloom::Places

@@ -24,4 +24,10 @@ std::vector<std::filesystem::path> applicationFolders()
     return {"/opt", homeFolder() / "Applications"};
 }
 
+std::optional<std::filesystem::path> sessionFolder()
+{
+    const std::filesystem::path configured(qgetenv("XDG_RUNTIME_DIR").toStdString());
+    return configured.is_absolute() ? std::optional(configured) : std::nullopt;
+}
+
 } // namespace cartloom::Places

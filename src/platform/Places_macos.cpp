@@ -23,4 +23,10 @@ std::vector<std::filesystem::path> applicationFolders()
     return {"/Applications", homeFolder() / "Applications"};
 }
 
+std::optional<std::filesystem::path> sessionFolder()
+{
+    // The system deletes files from the user's temporary folder that were not used for three days.
+    return std::nullopt;
+}
+
 } // namespace cartloom::Places
