@@ -10,12 +10,15 @@
 namespace cartloom::Places
 {
 
-/// The user's home folder.
+/// The user's home folder: that of HOME, or of the user database if HOME is no absolute path.
 [[nodiscard]] std::filesystem::path homeFolder();
 
 /// The folders in which programs keep the user's data, the preferred one first. Empty when the system names
 /// none.
 [[nodiscard]] std::vector<std::filesystem::path> applicationSupportFolders();
+
+/// The folder in which programs keep the user's preferences.
+[[nodiscard]] std::filesystem::path preferencesFolder();
 
 /// The folders in which applications are usually installed, those of the whole machine before the user's own.
 [[nodiscard]] std::vector<std::filesystem::path> applicationFolders();

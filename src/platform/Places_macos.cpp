@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "platform/Places.h"
 
-#include "platform/Text.h"
-
-#include <QDir>
-
 namespace cartloom::Places
 {
-
-std::filesystem::path homeFolder()
-{
-    return toPath(QDir::homePath());
-}
 
 std::vector<std::filesystem::path> applicationSupportFolders()
 {
     return {homeFolder() / "Library/Application Support"};
+}
+
+std::filesystem::path preferencesFolder()
+{
+    return homeFolder() / "Library/Preferences";
 }
 
 std::vector<std::filesystem::path> applicationFolders()
