@@ -3,6 +3,7 @@
 
 #include "platform/Appearance.h"
 #include "platform/Renderer.h"
+#include "platform/SessionBus.h"
 #include "platform/Signals.h"
 #include "storage/Paths.h"
 
@@ -34,6 +35,7 @@ void CartloomApp::prepare()
     QCoreApplication::setOrganizationName(QStringLiteral("Cartloom"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
+    SessionBus::leaveIfHung();
     Renderer::choose();
     Signals::prepare();
 }
