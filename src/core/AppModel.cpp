@@ -31,6 +31,7 @@ AppModel::AppModel(Clock clock, Timeouts timeouts)
     , m_lastTick(m_clock())
 {
     enablePosting();
+    connect(&m_chosenAres, &PathProbe::answeredLate, this, &AppModel::showState);
     refreshState();
 }
 
@@ -66,8 +67,14 @@ void AppModel::setFullscreen(bool fullscreen)
 
 void AppModel::refreshState()
 {
-    setupDone = locateAres().has_value() && Files::exists(Paths::gameFile());
-    usingExternalAres = externalPreference().has_value();
+    askForChosenAres();
+    showState();
+}
+
+void AppModel::showState()
+{
+    setupDone = knownAres().has_value() && Files::exists(Paths::gameFile());
+    usingExternalAres = m_chosenAres.found().has_value();
     aresVersion = usingExternalAres() ? std::nullopt : AresInstaller::installedVersion();
 }
 
@@ -79,21 +86,34 @@ void AppModel::clearMessages()
     notice = std::nullopt;
 }
 
-std::optional<std::filesystem::path> AppModel::locateAres() const
+std::optional<std::filesystem::path> AppModel::locateAres()
 {
-    if (auto chosen = externalPreference())
+    askForChosenAres();
+    return knownAres();
+}
+
+std::optional<std::filesystem::path> AppModel::knownAres() const
+{
+    if (auto chosen = m_chosenAres.found())
         return chosen;
     return AresInstaller::findApp(Paths::ares());
 }
 
-std::optional<std::filesystem::path> AppModel::externalPreference() const
+std::optional<std::filesystem::path> AppModel::externalPreference()
 {
-    const auto text = Preferences::text(PreferenceKeys::externalAres);
+    askForChosenAres();
+    return m_chosenAres.found();
+}
+
+void AppModel::askForChosenAres()
+{
+    const auto text = Preferences::text(PreferenceKeys::externalAres).value_or(QString());
+    const auto app = toPath(text);
     // The system would read a path only up to a null character.
-    if (!text || text->contains(QChar::Null))
-        return std::nullopt;
-    const auto app = toPath(*text);
-    return app.is_absolute() && Files::exists(app) ? std::optional(app) : std::nullopt;
+    if (app.is_absolute() && !text.contains(QChar::Null))
+        m_chosenAres.ask(app);
+    else
+        m_chosenAres.forget();
 }
 
 void AppModel::cancel()

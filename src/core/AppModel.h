@@ -3,6 +3,7 @@
 
 #include "async/TaskHandle.h"
 #include "core/OpenPanel.h"
+#include "core/PathProbe.h"
 #include "core/Published.h"
 #include "core/Step.h"
 #include "emulator/AresRelease.h"
@@ -189,9 +190,10 @@ public:
     /// Removes the messages of the last run.
     void clearMessages();
     /// The emulator to start: the player's own choice before the installed one.
-    [[nodiscard]] std::optional<std::filesystem::path> locateAres() const;
-    /// The emulator that the player chose, while something exists there.
-    [[nodiscard]] std::optional<std::filesystem::path> externalPreference() const;
+    [[nodiscard]] std::optional<std::filesystem::path> locateAres();
+    /// The emulator that the player chose, while something exists there. None while the volume that it lies
+    /// on does not answer.
+    [[nodiscard]] std::optional<std::filesystem::path> externalPreference();
 
     /// Resets the progress at the start of a download.
     void beginProgress();
@@ -231,6 +233,14 @@ private:
     TaskHandle runInBackground(const TaskHandle::Body& body);
     /// Calls the function on the main thread, unless the model is gone by then. Any thread.
     static void postTo(std::weak_ptr<AppModel> model, std::function<void(AppModel&)> function);
+    /// Looks whether the emulator that the player chose exists, if one is chosen.
+    void askForChosenAres();
+    /// As locateAres(), by the last answer.
+    [[nodiscard]] std::optional<std::filesystem::path> knownAres() const;
+    /// As refreshState(), by the last answer.
+    void showState();
+    /// As locateAres(), but waits for a volume which does not answer.
+    [[nodiscard]] QCoro::Task<std::optional<std::filesystem::path>> awaitAres(CancellationToken token);
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadAres(CancellationToken token);
     [[nodiscard]] QCoro::Task<std::filesystem::path> downloadGame(CancellationToken token);
     [[nodiscard]] std::filesystem::path checkedSavedGame();
@@ -248,6 +258,8 @@ private:
     const Timeouts m_timeouts;
     Field<bool> m_fullscreen;
 
+    /// Asks for the player's choice of an emulator.
+    PathProbe m_chosenAres;
     Launcher m_launcher;
     OpenPanel m_openPanel;
     /// The running flow, or the last one.

@@ -3,6 +3,7 @@
 
 #include "platform/Appearance.h"
 #include "platform/Renderer.h"
+#include "platform/SessionBus.h"
 #include "platform/Signals.h"
 #include "storage/Paths.h"
 
@@ -11,6 +12,7 @@
 #include <QQmlComponent>
 #include <QQuickWindow>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace cartloom
@@ -33,6 +35,7 @@ void CartloomApp::prepare()
     QCoreApplication::setOrganizationName(QStringLiteral("Cartloom"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CARTLOOM_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.cartloom.Cartloom"));
+    SessionBus::leaveIfHung();
     Renderer::choose();
     Signals::prepare();
 }
@@ -64,10 +67,19 @@ void CartloomApp::showWindow() const
     window->requestActivate();
 }
 
+int CartloomApp::endAsSecond() const
+{
+    if (m_instance.reachedFirst())
+        return EXIT_SUCCESS;
+    // Qt's messages may go to the system's log instead.
+    std::fputs("Cartloom is already running and does not answer.\n", stderr);
+    return EXIT_FAILURE;
+}
+
 int CartloomApp::run()
 {
     if (!isFirst())
-        return EXIT_SUCCESS;
+        return endAsSecond();
     const int status = m_engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
     // Worker threads may still run; nothing waits for them.
     if (m_model->hasWorkUnderWay())

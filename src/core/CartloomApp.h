@@ -27,10 +27,11 @@ public:
     [[nodiscard]] QQmlApplicationEngine& engine() { return m_engine; }
 
     /// Runs the event loop until the last window is closed; returns the exit status. Work that is still under
-    /// way ends there. Returns at once where this is not the first.
+    /// way ends there. Returns at once where this is not the first: a failure if the first did not answer.
     int run();
 
 private:
+    [[nodiscard]] int endAsSecond() const;
     void showWindow() const;
 
     SingleInstance m_instance;

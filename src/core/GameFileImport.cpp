@@ -37,13 +37,13 @@ void AppModel::openDropped(const QList<QUrl>& addresses)
         errorMessage = QStringLiteral("Drop one game file at a time.");
         return;
     }
-    const auto file = toPath(addresses.first().toLocalFile());
-    if (!addresses.first().isLocalFile() || Files::isFolder(file)) {
+    const auto file = toPath(addresses.first());
+    if (!file || Files::isFolder(*file)) {
         clearMessages();
         errorMessage = QStringLiteral("Drop a game file that is on this computer.");
         return;
     }
-    playROM(file);
+    playROM(*file);
 }
 
 void AppModel::addGameFile(const std::filesystem::path& file)

@@ -31,8 +31,9 @@ QStringList OpenPanel::nameFilters() const
 void OpenPanel::confirm(const QUrl& file)
 {
     const auto confirmed = close();
-    if (confirmed && file.isLocalFile())
-        confirmed(toPath(file.toLocalFile()));
+    const auto path = toPath(file);
+    if (confirmed && path)
+        confirmed(*path);
 }
 
 void OpenPanel::dismiss()

@@ -75,6 +75,8 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
         if (AresInstaller::recover())
             refreshState();
         auto app = locateAres();
+        if (m_chosenAres.isOpen())
+            app = co_await awaitAres(token);
         if (!app && allowExternalOffer) {
             if (const auto found = AresInstaller::externalApp()) {
                 m_pendingROM = customROM;
@@ -99,6 +101,16 @@ QCoro::Task<void> AppModel::runFlow(std::optional<std::filesystem::path> customR
     } catch (const std::exception& error) {
         failFlow(error, step, started);
     }
+}
+
+QCoro::Task<std::optional<std::filesystem::path>> AppModel::awaitAres(CancellationToken token)
+{
+    stage = Stage::gettingAres;
+    beginProgress();
+    co_await m_chosenAres.settled(token);
+    throwIfCancelled(token);
+    stage = Stage::idle;
+    co_return knownAres();
 }
 
 QCoro::Task<std::filesystem::path> AppModel::downloadAres(CancellationToken token)

@@ -3,6 +3,7 @@
 
 #include "emulator/Bundle.h"
 #include "platform/ErrorStream.h"
+#include "platform/SessionBus.h"
 #include "platform/Text.h"
 
 #include <chrono>
@@ -55,8 +56,8 @@ void Launcher::launch(const std::filesystem::path& app, const std::filesystem::p
     }).detach();
 
     try {
-        m_process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing, {},
-                                        ChildProcess::Session::own);
+        m_process = ChildProcess::start(*program, argumentsFor(rom, fullscreen), pipe.writing,
+                                        SessionBus::inheritedSettings(), ChildProcess::Session::own);
     } catch (const std::system_error&) {
         started.set_value(std::nullopt);
         throw;

@@ -14,7 +14,7 @@ namespace cartloom::FileBrowser
 
 void reveal(const std::filesystem::path& folder)
 {
-    const QUrl url = QUrl::fromLocalFile(toText(folder));
+    const QUrl url = toUrl(folder);
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));

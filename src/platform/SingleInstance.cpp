@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "platform/SingleInstance.h"
 
+#include "platform/Files.h"
+#include "platform/FolderAlias.h"
+#include "platform/Places.h"
 #include "platform/Text.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QLocalSocket>
-#include <QStandardPaths>
 
 #include <cerrno>
 #include <chrono>
@@ -16,6 +17,9 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -25,51 +29,88 @@ namespace cartloom
 namespace
 {
 
-/// How long a first that does not answer is waited for.
-constexpr std::chrono::milliseconds patience = 5s;
-constexpr std::chrono::milliseconds pause = 20ms;
+constexpr std::chrono::milliseconds answerTimeout = 5s;
+constexpr std::chrono::milliseconds retryInterval = 20ms;
 
 /// One name for a folder, by whatever way it is reached.
-QByteArray nameOf(const std::filesystem::path& folder)
+std::string nameOf(const std::filesystem::path& folder)
 {
     std::error_code failure;
     const auto known = std::filesystem::weakly_canonical(folder, failure);
     const QByteArray path = QByteArray::fromStdString((failure ? folder : known).native());
-    return QCryptographicHash::hash(path, QCryptographicHash::Sha256).toHex().left(16);
+    const auto hash = QCryptographicHash::hash(path, QCryptographicHash::Sha256).toHex().left(16);
+    return "cartloom-" + hash.toStdString();
 }
 
-/// Where lock and socket of a folder lie, but for the ending of their names. Nothing of it may lie in the
-/// folder itself, which can be removed while the program runs.
-QString placeFor(const std::filesystem::path& folder)
+/// True if the file belongs to this user and no other user may change it.
+bool isUsersAlone(const struct stat& status)
 {
-    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return QDir(runtime.isEmpty() ? QDir::tempPath() : runtime)
-        .filePath(QStringLiteral("cartloom-") + QString::fromLatin1(nameOf(folder)));
+    return status.st_uid == ::geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+/// Opens a folder that only this user can write to; closed if it is missing or another user's.
+FileDescriptor openPrivate(const std::filesystem::path& folder)
+{
+    FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status = {};
+    const bool usable = opened.isOpen() && ::fstat(opened.get(), &status) == 0 && isUsersAlone(status);
+    return usable ? std::move(opened) : FileDescriptor();
+}
+
+/// Opens the lock file; closed, with errno, if it is a link or another user can reach it.
+FileDescriptor openLock(const FileDescriptor& folder, const std::string& name)
+{
+    FileDescriptor lock(
+        ::openat(folder.get(), name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+    struct stat status = {};
+    if (!lock.isOpen() || ::fstat(lock.get(), &status) != 0)
+        return {};
+    if (S_ISREG(status.st_mode) && isUsersAlone(status))
+        return lock;
+    errno = EPERM;
+    return {};
 }
 
 } // namespace
 
 SingleInstance::SingleInstance(const std::filesystem::path& folder)
-    : m_place(placeFor(folder))
+    : m_name(nameOf(folder))
 {
-    const QDeadlineTimer end(patience);
-    bool answered = false;
-    while (!m_first && !answered && !end.hasExpired()) {
+    choosePlace(folder);
+    const QDeadlineTimer end(answerTimeout);
+    while (!m_first && !m_answered && !end.hasExpired()) {
         m_first = takeLock();
-        answered = !m_first && callFirst();
+        m_answered = !m_first && callFirst();
         // The first may have the lock and not listen yet, or have closed its window and not ended yet.
-        if (!m_first && !answered)
-            std::this_thread::sleep_for(pause);
+        if (!m_first && !m_answered)
+            std::this_thread::sleep_for(retryInterval);
     }
     if (m_first)
         listen();
 }
 
+void SingleInstance::choosePlace(const std::filesystem::path& folder)
+{
+    if (const auto session = Places::sessionFolder()) {
+        m_placePath = *session;
+        m_place = openPrivate(m_placePath);
+    }
+    if (m_place.isOpen())
+        return;
+    m_placePath = folder / ".instance";
+    try {
+        Files::createFolders(folder);
+        ::mkdir(m_placePath.c_str(), 0700);
+    } catch (const std::system_error&) {
+        // Opening it fails, too.
+    }
+    m_place = openPrivate(m_placePath);
+}
+
 bool SingleInstance::takeLock()
 {
     // The file stays when the process ends: removing it would let two lock two files of one name.
-    const std::string file = m_place.toStdString() + ".lock";
-    FileDescriptor lock(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    FileDescriptor lock = openLock(m_place, m_name + ".lock");
     const bool taken = lock.isOpen() && ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
     if (!taken && errno == EWOULDBLOCK)
         return false;
@@ -81,20 +122,35 @@ bool SingleInstance::takeLock()
 
 bool SingleInstance::callFirst() const
 {
+    struct stat status = {};
+    const auto file = m_name + ".socket";
+    if (::fstatat(m_place.get(), file.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISSOCK(status.st_mode) || !isUsersAlone(status))
+        return false;
     QLocalSocket socket;
-    socket.connectToServer(m_place + QStringLiteral(".socket"));
-    const int limit = static_cast<int>(patience.count());
+    socket.connectToServer(socketName());
+    const int limit = static_cast<int>(answerTimeout.count());
     return socket.waitForConnected(limit) && socket.waitForReadyRead(limit);
+}
+
+QString SingleInstance::socketName() const
+{
+    const auto path = m_placePath / (m_name + ".socket");
+    const bool fits = path.native().size() < sizeof(sockaddr_un::sun_path);
+    return fits && toPath(toText(path)) == path ? toText(path) : FolderAlias::of(m_place, path);
 }
 
 void SingleInstance::listen()
 {
-    const QString socket = m_place + QStringLiteral(".socket");
+    if (!m_place.isOpen())
+        return;
     // One that is there belongs to a process that was killed, for this one has the lock.
-    QLocalServer::removeServer(socket);
+    QLocalServer::removeServer(socketName());
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::answer);
-    if (!m_server.listen(socket))
+    if (!m_server.listen(socketName()))
         qWarning("A second start will not be heard of: %s", qPrintable(m_server.errorString()));
+    // Whatever the user's default permissions are.
+    ::fchmodat(m_place.get(), (m_name + ".socket").c_str(), 0600, 0);
 }
 
 void SingleInstance::answer()

@@ -5,9 +5,11 @@
 #include "storage/Paths.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <QSettings>
+
+#include <fstream>
+#include <sstream>
+#include <system_error>
 
 namespace cartloom
 {
@@ -20,7 +22,15 @@ Sandbox::Sandbox()
         std::filesystem::create_directories(folder);
     qputenv("HOME", QByteArray::fromStdString(home().native()));
     qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home() / "data").native()));
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString((home() / "config").native()));
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, toText(home() / "config"));
+}
+
+Sandbox::~Sandbox()
+{
+    // QTemporaryDir does not remove names that are not UTF-8.
+    std::error_code ignored;
+    std::filesystem::remove_all(root(), ignored);
 }
 
 std::filesystem::path Sandbox::root() const
@@ -44,24 +54,32 @@ void Sandbox::giveToEveryone() const
 
 QStringList Sandbox::storage()
 {
-    return QDir(toText(Paths::support()))
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    QStringList names;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(Paths::support(), missing))
+        names << toText(entry.path().filename());
+    names.sort();
+    return names;
 }
+
+// QFile does not open paths that are not UTF-8.
 
 void writeFile(const std::filesystem::path& path, const QByteArray& bytes)
 {
     std::filesystem::create_directories(path.parent_path());
-    QFile file(toText(path));
-    if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s: %s", path.c_str(), qPrintable(file.errorString()));
+    std::ofstream file(path, std::ios::binary);
+    if (!file.write(bytes.constData(), bytes.size()).flush())
+        qFatal("cannot write %s", path.c_str());
 }
 
 QByteArray readFile(const std::filesystem::path& path)
 {
-    QFile file(toText(path));
-    if (!file.open(QFile::ReadOnly))
-        qFatal("cannot read %s: %s", path.c_str(), qPrintable(file.errorString()));
-    return file.readAll();
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        qFatal("cannot read %s", path.c_str());
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return QByteArray::fromStdString(bytes.str());
 }
 
 void writeSparse(const std::filesystem::path& path, const QByteArray& head, qint64 size)

@@ -15,6 +15,9 @@ class Sandbox
 {
 public:
     Sandbox();
+    ~Sandbox();
+    Sandbox(const Sandbox&) = delete;
+    Sandbox& operator=(const Sandbox&) = delete;
 
     [[nodiscard]] std::filesystem::path root() const;
     [[nodiscard]] std::filesystem::path home() const { return root() / "home"; }

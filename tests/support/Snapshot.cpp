@@ -4,7 +4,9 @@
 #include "platform/Text.h"
 
 #include <QCryptographicHash>
-#include <QFile>
+
+#include <fstream>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -16,11 +18,18 @@ namespace
 
 QString contents(const fs::path& path)
 {
-    QFile file(toText(path));
-    QCryptographicHash hash(QCryptographicHash::Sha1);
-    if (!file.open(QFile::ReadOnly) || !hash.addData(&file))
+    // QFile does not open paths that are not UTF-8.
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
         return QStringLiteral("unreadable");
-    return QString::number(file.size()) + u' ' + QString::fromLatin1(hash.result().toHex());
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    qint64 size = 0;
+    std::vector<char> block(1024 * 1024);
+    while (const auto count = file.read(block.data(), std::ssize(block)).gcount()) {
+        hash.addData({block.data(), static_cast<qsizetype>(count)});
+        size += count;
+    }
+    return QString::number(size) + u' ' + QString::fromLatin1(hash.result().toHex());
 }
 
 QString described(const fs::directory_entry& entry)

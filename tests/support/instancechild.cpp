@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// instancechild FOLDER [PROGRAM]: starts as one of those of which the folder takes one. Writes "first" or
-// "second"; the first starts the program, if there is one, then writes "again" whenever another was started,
-// until it is ended.
+// instancechild FOLDER [PROGRAM]: starts as one of those of which the folder takes one. Writes "first",
+// "second" or, if the first does not answer, "unreachable"; the first starts the program, if there is one,
+// then writes "again" whenever another was started, until it is ended.
 #include "platform/SingleInstance.h"
 #include "platform/Text.h"
 
@@ -33,6 +33,6 @@ int main(int argc, char* argv[])
     QObject::connect(&instance, &cartloom::SingleInstance::startedAgain, [] { write("again"); });
     if (arguments.size() > 2 && instance.isFirst() && !QProcess::startDetached(arguments[2], {}))
         return EXIT_FAILURE;
-    write(instance.isFirst() ? "first" : "second");
+    write(instance.isFirst() ? "first" : instance.reachedFirst() ? "second" : "unreachable");
     return instance.isFirst() ? QCoreApplication::exec() : EXIT_SUCCESS;
 }

@@ -3,6 +3,7 @@
 // with status 0:
 //   args FILE        writes its arguments to FILE, one a line
 //   surroundings FILE  writes its working directory and what its standard output is to FILE, one a line
+//   variable NAME FILE  writes what its environment has under NAME to FILE, nothing if there is none
 //   out TEXT         writes a line to standard output
 //   err TEXT         writes a line to standard error
 //   err-bytes N      writes N bytes to standard error: the letters a to z, over and over
@@ -126,6 +127,10 @@ void obey(const std::string& command, const std::string& rest, int argc, char* a
         leaveChildBehind(rest, false);
     } else if (command == "chat") {
         leaveChildBehind(rest, true);
+    } else if (command == "variable") {
+        const auto blank = rest.find(' ');
+        const char* const value = std::getenv(rest.substr(0, blank).c_str());
+        std::ofstream(rest.substr(blank + 1)) << (value ? value : "");
     } else if (command == "touch") {
         std::ofstream(rest) << "touched";
     } else if (command == "wait") {

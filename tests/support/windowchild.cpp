@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
-// windowchild ORIGIN play|check: the launcher with its window, which asks this origin for everything and
-// begins at once to play or to check for an update. Closes its window when it reads a line.
+// windowchild ORIGIN play|check|show: the launcher with its window, which asks this origin for everything and
+// begins at once to play or to check for an update. Writes "shown" when its window has been drawn. Closes its
+// window when it reads a line.
 #include "core/CartloomApp.h"
 #include "support/TestOrigins.h"
 
 #include <QGuiApplication>
+#include <QQuickWindow>
 #include <QSocketNotifier>
 #include <QWindow>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include <unistd.h>
@@ -26,8 +29,18 @@ int main(int argc, char* argv[])
     cartloom::CartloomApp cartloom;
     if (arguments[2] == QLatin1String("check"))
         cartloom.model().checkForUpdate();
-    else
+    else if (arguments[2] == QLatin1String("play"))
         cartloom.model().play();
+
+    for (QObject* const root : cartloom.engine().rootObjects()) {
+        QObject::connect(
+            qobject_cast<QQuickWindow*>(root), &QQuickWindow::frameSwapped, root,
+            [] {
+                std::puts("shown");
+                std::fflush(stdout);
+            },
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+    }
 
     QSocketNotifier line(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&line, &QSocketNotifier::activated, &line, [&line] {

@@ -3,6 +3,9 @@
 
 #include <QtTest>
 
+#include <pwd.h>
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 using namespace cartloom;
 
@@ -14,10 +17,49 @@ private Q_SLOTS:
     void init()
     {
         qputenv("HOME", "/home/player");
-        qunsetenv("XDG_DATA_HOME");
+        for (const char* const variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+            qunsetenv(variable);
     }
 
     void homeFolderIsTheUsers() { QCOMPARE(Places::homeFolder(), fs::path("/home/player")); }
+
+    void unusableHomeIsReplacedByTheRegisteredOne_data()
+    {
+        QTest::addColumn<QByteArray>("home");
+        QTest::newRow("unset") << QByteArray();
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("86 relative") << QByteArray("player");
+        QTest::newRow("86 like an option") << QByteArray("-x");
+    }
+
+    void unusableHomeIsReplacedByTheRegisteredOne()
+    {
+        QFETCH(const QByteArray, home);
+        home.isNull() ? qunsetenv("HOME") : qputenv("HOME", home);
+        QCOMPARE(Places::homeFolder(), fs::path(::getpwuid(::getuid())->pw_dir));
+    }
+
+    void bytesOfPathsAreKept()
+    {
+        const QByteArray odd("/\xFF\xFE/\xE6\x97");
+        const fs::path folder(odd.toStdString());
+        qputenv("HOME", odd);
+        QCOMPARE(Places::homeFolder(), folder);
+        QCOMPARE(Places::preferencesFolder(), folder / ".config");
+        for (const char* const variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+            qputenv(variable, odd);
+        QCOMPARE(Places::applicationSupportFolders(), std::vector{folder});
+        QCOMPARE(Places::preferencesFolder(), folder);
+        QCOMPARE(Places::sessionFolder(), folder);
+    }
+
+    void sessionFolderIsAbsoluteOrNone()
+    {
+        qunsetenv("XDG_RUNTIME_DIR");
+        QCOMPARE(Places::sessionFolder(), std::nullopt);
+        qputenv("XDG_RUNTIME_DIR", "run");
+        QCOMPARE(Places::sessionFolder(), std::nullopt);
+    }
 
     void dataLiesInTheConfiguredFolder()
     {

@@ -5,8 +5,11 @@
 #include "support/AresBundle.h"
 #include "support/Checked.h"
 #include "support/FaultTest.h"
+#include "support/Snapshot.h"
 
 #include <QtTest>
+
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 using namespace cartloom;
@@ -118,6 +121,45 @@ private Q_SLOTS:
         m_model->setFullscreen(true);
         restart();
         QCOMPARE(m_model->fullscreen(), true);
+    }
+
+    void whatIsNoFileIsLeftAlone_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("kind");
+        for (const auto* const name : {"Cartloom.conf", "Cartloom.conf.lock"}) {
+            for (const auto* const kind : {"pipe", "device", "folder", "endless file"})
+                QTest::addRow("85 %s is a %s", name, kind)
+                    << QString::fromLatin1(name) << QString::fromLatin1(kind);
+        }
+    }
+
+    /// A pipe has no writer: whoever opens it waits for good.
+    void whatIsNoFileIsLeftAlone()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, kind);
+        installAres();
+        saveGame();
+        const auto file = store().parent_path() / toPath(name);
+        fs::create_directories(file.parent_path());
+        if (kind == QLatin1String("pipe"))
+            QCOMPARE(::mkfifo(file.c_str(), 0600), 0);
+        else if (kind == QLatin1String("device"))
+            fs::create_symlink("/dev/zero", file);
+        else if (kind == QLatin1String("folder"))
+            fs::create_directories(file);
+        else
+            writeSparse(file, "[General]\nfullscreen=true\n", 9'000'000);
+        const auto before = snapshotOf(file.parent_path());
+        restart();
+        QCOMPARE(m_model->fullscreen(), false);
+        m_model->setFullscreen(true);
+        QCOMPARE(m_model->fullscreen(), true);
+        QCOMPARE(snapshotOf(file.parent_path()), before);
+        remember();
+        CHECKED(pressPlays());
+        CHECKED(nothingChanged());
     }
 
     void unwritableFileIsIgnored_data() { addOnlyRow("70 unwritable"); }

@@ -5,9 +5,9 @@
 #include "support/Checked.h"
 #include "support/EventLoopWait.h"
 #include "support/FaultTest.h"
+#include "support/LauncherProcess.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QtTest>
 
 #include <algorithm>
@@ -16,71 +16,6 @@
 
 namespace fs = std::filesystem;
 using namespace cartloom;
-
-namespace
-{
-
-/// A process that ends with this object at the latest.
-class Process
-{
-public:
-    Process(const char* program, const QStringList& arguments)
-    {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QString::fromLatin1(program), arguments);
-    }
-    ~Process() { kill(); }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    /// The lines that it has written.
-    [[nodiscard]] QByteArrayList words()
-    {
-        m_output += m_process.readAllStandardOutput();
-        return m_output.split('\n').mid(0, m_output.count('\n'));
-    }
-    [[nodiscard]] bool says(const char* word) { return words().value(0) == word; }
-    [[nodiscard]] bool isRunning() const { return m_process.state() == QProcess::Running; }
-    [[nodiscard]] bool hasEndedWell() const
-    {
-        return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit &&
-               m_process.exitCode() == 0;
-    }
-
-    void closeWindow() { m_process.write("close\n"); }
-    void signal(int number) const { ::kill(static_cast<pid_t>(m_process.processId()), number); }
-    void kill()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-};
-
-/// A process that asks for the place of the first on a folder.
-class Start : public Process
-{
-public:
-    explicit Start(const fs::path& folder)
-        : Process(INSTANCE_CHILD, {toText(folder)})
-    {
-    }
-};
-
-/// The launcher with its window, which presses its button at once.
-class Window : public Process
-{
-public:
-    explicit Window(const QUrl& origin)
-        : Process(WINDOW_CHILD, {origin.toString(), QStringLiteral("play")})
-    {
-    }
-};
-
-} // namespace
 
 /// Several starts on one storage folder, and launchers that end before their emulator.
 class SingleInstanceTest : public FaultTest
