@@ -126,7 +126,6 @@ void HttpTransfer::prepare()
     set(CURLOPT_DEBUGFUNCTION, &HttpTransfer::trace);
     set(CURLOPT_DEBUGDATA, this);
     set(CURLOPT_VERBOSE, 1L);
-
     m_head = {};
     m_inBody = false;
     m_bodyRefused = false;
@@ -230,8 +229,7 @@ std::size_t HttpTransfer::callback(char* data, std::size_t size, std::size_t cou
 }
 
 /// The one callback that sees the extensions of chunks. libcurl drops them, whatever their length.
-int HttpTransfer::trace(CURL* /*easy*/, curl_infotype type, char* /*data*/, std::size_t length,
-                        void* transfer)
+int HttpTransfer::trace(CURL*, curl_infotype type, char*, std::size_t length, void* transfer)
 {
     if (type == CURLINFO_DATA_IN)
         static_cast<HttpTransfer*>(transfer)->m_head.takeFramed(length);

@@ -135,7 +135,7 @@ private:
 /// entry for each open element and parenthesis, and repeats what a declaration adds.
 bool isPlausible(const QByteArray& xml)
 {
-    constexpr qsizetype maxAttributes = 500;
+    constexpr qsizetype maxAttributes = 100;
     constexpr qsizetype maxMarks = 10'000;
     return xml.count('=') <= maxAttributes && xml.count('<') + xml.count('&') + xml.count('(') <= maxMarks &&
            !xml.contains("<!ENTITY") && !xml.contains("<!ATTLIST");
