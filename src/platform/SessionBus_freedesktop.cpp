@@ -2,6 +2,7 @@
 #include "platform/SessionBus.h"
 
 #include "platform/FileDescriptor.h"
+#include "platform/Files.h"
 #include "platform/Places.h"
 
 #include <QByteArrayList>
@@ -34,7 +35,7 @@ QByteArray addresses()
 {
     const QByteArray configured = qgetenv(variable);
     const auto session = Places::sessionFolder();
-    if (!configured.isEmpty() || !session)
+    if (!configured.isEmpty() || !session || !Files::exists(*session / "bus"))
         return configured;
     return "unix:path=" + QByteArray::fromStdString((*session / "bus").native()).toPercentEncoding("/");
 }

@@ -41,7 +41,7 @@ extern "C" int stat(const char* path, struct stat* status)
         std::unique_lock lock(hungMutex);
         if (path == hungPath) {
             ++blocked;
-            static_cast<void>(released.wait_for(lock, 20s, [] { return hungPath.empty(); }));
+            static_cast<void>(released.wait_for(lock, 45s, [] { return hungPath.empty(); }));
             --blocked;
         }
     }
