@@ -260,7 +260,7 @@ private Q_SLOTS:
         QCOMPARE(refusal(zip), reason);
     }
 
-    /// Measured: 0.1 s.
+    /// Measured: 0.4 s.
     void largestDirectoryIsReadInBoundedTime()
     {
         std::vector<ZipEntry> entries;
@@ -272,7 +272,7 @@ private Q_SLOTS:
         QCOMPARE(ZipDirectory::read(archive()).entries, 200'000);
         const double seconds = double(std::clock() - before) / CLOCKS_PER_SEC;
         qInfo("%.3f s of processor time", seconds);
-        QVERIFY2(seconds < 10, qPrintable(QString::number(seconds)));
+        QVERIFY2(seconds < 5, qPrintable(QString::number(seconds)));
     }
 };
 
