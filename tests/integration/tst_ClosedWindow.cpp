@@ -136,7 +136,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("isKilled");
         QTest::newRow("67 the emulator is unpacked") << false;
-        QTest::newRow("77 the launcher is killed while the emulator is unpacked") << true;
+        QTest::newRow("79 the launcher is killed while the emulator is unpacked") << true;
     }
 
     void whileTheEmulatorIsUnpacked()

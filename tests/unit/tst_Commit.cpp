@@ -40,7 +40,7 @@ private Q_SLOTS:
     void oldCopyIsDeletedByAWorker_data()
     {
         QTest::addColumn<int>("files");
-        QTest::newRow("82 many files to delete") << 1000;
+        QTest::newRow("88 many files to delete") << 1000;
     }
     void oldCopyIsDeletedByAWorker()
     {

@@ -28,8 +28,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("home");
         QTest::newRow("unset") << QByteArray();
         QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("86 relative") << QByteArray("player");
-        QTest::newRow("86 like an option") << QByteArray("-x");
+        QTest::newRow("93 relative") << QByteArray("player");
+        QTest::newRow("93 like an option") << QByteArray("-x");
     }
 
     void unusableHomeIsReplacedByTheRegisteredOne()

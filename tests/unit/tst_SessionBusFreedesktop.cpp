@@ -87,10 +87,10 @@ private Q_SLOTS:
         add("nobody listens", "unix:path=%1/nothing", false);
         add("another kind", "tcp:host=127.0.0.1,port=1", false);
         add("no address at all", "nonsense", false);
-        add("85 accepts and does not answer", "unix:path=%1/hung", true);
-        add("85 does not answer, without a file", "unix:abstract=cartloom-test-%2", true);
-        add("85 does not even accept", "unix:path=%1/full", true);
-        add("85 the second one hangs", "unix:path=%1/nothing;unix:path=%1/hung", true);
+        add("91 accepts and does not answer", "unix:path=%1/hung", true);
+        add("91 does not answer, without a file", "unix:abstract=cartloom-test-%2", true);
+        add("91 does not even accept", "unix:path=%1/full", true);
+        add("91 the second one hangs", "unix:path=%1/nothing;unix:path=%1/hung", true);
         add("the first one answers", "unix:path=%1/well;unix:path=%1/hung", false);
     }
 
@@ -125,7 +125,7 @@ private Q_SLOTS:
     void busOfTheSessionsFolderIsAsked_data()
     {
         QTest::addColumn<bool>("isThere");
-        QTest::newRow("85 hung bus in the session's folder") << true;
+        QTest::newRow("91 hung bus in the session's folder") << true;
         QTest::newRow("no bus in the session's folder") << false;
     }
 

@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("format");
         for (const auto* const format :
              {"v7tar", "ustar", "pax", "gnutar", "cpio", "newc", "7zip", "iso9660", "xar", "mtree"})
-            QTest::addRow("78 %s with an end record", format) << QByteArray(format);
+            QTest::addRow("85 %s with an end record", format) << QByteArray(format);
     }
 
     void otherFormatIsRefused()
@@ -79,11 +79,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("format");
         QTest::addColumn<bool>("isTar");
         QTest::addColumn<QString>("seenAs");
-        QTest::newRow("78 iso9660 behind a file")
+        QTest::newRow("85 iso9660 behind a file")
             << QByteArray("iso9660") << false << QStringLiteral("ISO9660");
-        QTest::newRow("78 v7tar with a file's mark as its first name")
+        QTest::newRow("85 v7tar with a file's mark as its first name")
             << QByteArray("v7tar") << true << QStringLiteral("tar");
-        QTest::newRow("78 ustar with a file's mark as its first name")
+        QTest::newRow("85 ustar with a file's mark as its first name")
             << QByteArray("ustar") << true << QStringLiteral("ustar");
     }
 
@@ -109,9 +109,9 @@ private Q_SLOTS:
     void noOtherProgramIsStarted_data()
     {
         QTest::addColumn<QByteArray>("magic");
-        QTest::newRow("78 lrzip") << QByteArray("LRZI\0\6", 6);
-        QTest::newRow("78 lzop") << QByteArray("\x89LZO\0\r\n\x1a\n", 9);
-        QTest::newRow("78 grzip") << QByteArray("GRZipII\0\2\4:)", 12);
+        QTest::newRow("85 lrzip") << QByteArray("LRZI\0\6", 6);
+        QTest::newRow("85 lzop") << QByteArray("\x89LZO\0\r\n\x1a\n", 9);
+        QTest::newRow("85 grzip") << QByteArray("GRZipII\0\2\4:)", 12);
     }
 
     void noOtherProgramIsStarted()

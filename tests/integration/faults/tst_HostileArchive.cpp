@@ -159,8 +159,8 @@ private Q_SLOTS:
     void nameIsNotTakenForAFullDisk_data()
     {
         QTest::addColumn<QByteArray>("name");
-        QTest::newRow("79 an entry that says no space") << QByteArray("no space/x");
-        QTest::newRow("79 an entry that says what the system says")
+        QTest::newRow("92 an entry that says no space") << QByteArray("no space/x");
+        QTest::newRow("92 an entry that says what the system says")
             << QByteArray("file: No space left on device");
     }
 

@@ -98,15 +98,15 @@ private Q_SLOTS:
         using Change = std::function<void(const fs::path&)>;
         QTest::addColumn<Change>("change");
         const auto add = [](const char* name, const Change& change) { QTest::newRow(name) << change; };
-        add("84 runtime folder of another user", [](const fs::path& runtime) {
+        add("86 runtime folder of another user", [](const fs::path& runtime) {
             if (::chown(runtime.c_str(), 65534, 65534) != 0)
                 QSKIP("only root can make a folder of another owner");
         });
-        add("84 runtime folder that everyone may write to",
+        add("86 runtime folder that everyone may write to",
             [](const fs::path& runtime) { fs::permissions(runtime, fs::perms(01777)); });
-        add("84 runtime folder that the group may write to",
+        add("86 runtime folder that the group may write to",
             [](const fs::path& runtime) { fs::permissions(runtime, fs::perms(0770)); });
-        add("84 runtime folder behind a link", [](const fs::path& runtime) {
+        add("86 runtime folder behind a link", [](const fs::path& runtime) {
             const auto real = runtime.parent_path() / "real";
             fs::rename(runtime, real);
             fs::create_directory_symlink(real, runtime);
@@ -133,10 +133,10 @@ private Q_SLOTS:
     void fallbackLiesInTheStorageFolder_data()
     {
         QTest::addColumn<QByteArray>("runtime");
-        QTest::newRow("84 no runtime folder named") << QByteArray();
-        QTest::newRow("84 relative runtime folder") << QByteArray("run");
-        QTest::newRow("84 runtime folder that is missing") << QByteArray("/nothing/run");
-        QTest::newRow("84 runtime folder that is a file") << QByteArray("/dev/null");
+        QTest::newRow("86 no runtime folder named") << QByteArray();
+        QTest::newRow("86 relative runtime folder") << QByteArray("run");
+        QTest::newRow("86 runtime folder that is missing") << QByteArray("/nothing/run");
+        QTest::newRow("86 runtime folder that is a file") << QByteArray("/dev/null");
     }
 
     void fallbackLiesInTheStorageFolder()
@@ -151,8 +151,8 @@ private Q_SLOTS:
     void plantedLinkIsNotFollowed_data()
     {
         QTest::addColumn<bool>("inFallback");
-        QTest::newRow("84 link in place of the lock") << false;
-        QTest::newRow("84 link in place of the fallback's folder") << true;
+        QTest::newRow("86 link in place of the lock") << false;
+        QTest::newRow("86 link in place of the fallback's folder") << true;
     }
 
     void plantedLinkIsNotFollowed()
@@ -176,8 +176,8 @@ private Q_SLOTS:
     void lockThatOthersCanReachIsRefused_data()
     {
         QTest::addColumn<bool>("foreign");
-        QTest::newRow("84 lock that everyone may write to") << false;
-        QTest::newRow("84 lock of another user") << true;
+        QTest::newRow("86 lock that everyone may write to") << false;
+        QTest::newRow("86 lock of another user") << true;
     }
 
     void lockThatOthersCanReachIsRefused()
@@ -198,8 +198,8 @@ private Q_SLOTS:
     void firstThatDoesNotAnswerIsReported_data()
     {
         QTest::addColumn<bool>("socket");
-        QTest::newRow("84 lock held, nobody answers") << false;
-        QTest::newRow("84 lock held, another user's socket answers") << true;
+        QTest::newRow("86 lock held, nobody answers") << false;
+        QTest::newRow("86 lock held, another user's socket answers") << true;
     }
 
     void firstThatDoesNotAnswerIsReported()
@@ -227,7 +227,7 @@ private Q_SLOTS:
         QVERIFY(second.errors().contains("Cartloom is already running and does not answer.\n"));
     }
 
-    void longPathIsNoObstacle_data() { addOnlyRow("84 a path longer than a socket's address"); }
+    void longPathIsNoObstacle_data() { addOnlyRow("86 a path longer than a socket's address"); }
 
     void longPathIsNoObstacle()
     {
@@ -244,7 +244,7 @@ private Q_SLOTS:
         }
     }
 
-    void resetKeepsTheFallback_data() { addOnlyRow("84 a reset while the lock lies in the storage folder"); }
+    void resetKeepsTheFallback_data() { addOnlyRow("86 a reset while the lock lies in the storage folder"); }
 
     void resetKeepsTheFallback()
     {

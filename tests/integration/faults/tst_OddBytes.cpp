@@ -45,10 +45,10 @@ class OddBytesTest : public FaultTest
     static void addRowForEachName()
     {
         QTest::addColumn<QByteArray>("name");
-        QTest::newRow("86 no UTF-8 at all") << QByteArray("\xFF\xFE");
-        QTest::newRow("86 truncated character") << QByteArray("ab\xE6\x97");
-        QTest::newRow("86 surrogate") << QByteArray("\xED\xB2\x80");
-        QTest::newRow("86 mixed, like an option") << QByteArray("-\xFFä\x80");
+        QTest::newRow("93 no UTF-8 at all") << QByteArray("\xFF\xFE");
+        QTest::newRow("93 truncated character") << QByteArray("ab\xE6\x97");
+        QTest::newRow("93 surrogate") << QByteArray("\xED\xB2\x80");
+        QTest::newRow("93 mixed, like an option") << QByteArray("-\xFFä\x80");
     }
 
     [[nodiscard]] static fs::path named(const fs::path& folder)
@@ -185,9 +185,9 @@ private Q_SLOTS:
     void unusableHomeIsTheRegisteredOne_data()
     {
         QTest::addColumn<QByteArray>("home");
-        QTest::newRow("86 home like an option") << QByteArray("-x");
-        QTest::newRow("86 relative home") << QByteArray("x");
-        QTest::newRow("86 empty home") << QByteArray("");
+        QTest::newRow("93 home like an option") << QByteArray("-x");
+        QTest::newRow("93 relative home") << QByteArray("x");
+        QTest::newRow("93 empty home") << QByteArray("");
     }
 
     void unusableHomeIsTheRegisteredOne()
@@ -204,7 +204,7 @@ private Q_SLOTS:
             QVERIFY(!fs::exists(name));
     }
 
-    void relativeAddressIsNoGame_data() { addOnlyRow("86 a dropped address like an option"); }
+    void relativeAddressIsNoGame_data() { addOnlyRow("93 a dropped address like an option"); }
 
     void relativeAddressIsNoGame()
     {

@@ -129,7 +129,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         for (const auto* const name : {"Cartloom.conf", "Cartloom.conf.lock"}) {
             for (const auto* const kind : {"pipe", "device", "folder", "endless file"})
-                QTest::addRow("85 %s is a %s", name, kind)
+                QTest::addRow("91 %s is a %s", name, kind)
                     << QString::fromLatin1(name) << QString::fromLatin1(kind);
         }
     }

@@ -78,7 +78,7 @@ private Q_SLOTS:
     }
 
     /// From the first thread of a press on, up to the number with which the press plays.
-    void missingThreadIsReported_data() { addOnlyRow("83 no thread left"); }
+    void missingThreadIsReported_data() { addOnlyRow("90 no thread left"); }
     void missingThreadIsReported()
     {
         constexpr int plenty = 100;
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QVERIFY(seen.last().startsWith(QStringLiteral("Starting Ares failed")));
     }
 
-    void commitWithoutAThreadIsMadeUpForLater_data() { addOnlyRow("83 no thread to commit with"); }
+    void commitWithoutAThreadIsMadeUpForLater_data() { addOnlyRow("90 no thread to commit with"); }
     void commitWithoutAThreadIsMadeUpForLater()
     {
         installAres();
@@ -124,8 +124,8 @@ private Q_SLOTS:
         QTest::addColumn<Wait>("wait");
         QTest::addColumn<int>("limit");
         for (const int limit : {0, 10'000}) {
-            QTest::addRow("83 files of %d bytes: emulator's download", limit) << waits[1] << limit;
-            QTest::addRow("83 files of %d bytes: game's download", limit) << waits[4] << limit;
+            QTest::addRow("90 files of %d bytes: emulator's download", limit) << waits[1] << limit;
+            QTest::addRow("90 files of %d bytes: game's download", limit) << waits[4] << limit;
         }
     }
     void fileSizeLimitIsReported()
@@ -142,7 +142,7 @@ private Q_SLOTS:
         nextPressPlays();
     }
 
-    void fileSizeLimitEndsTheUnpacking_data() { addOnlyRow("83 file size limit while unpacking"); }
+    void fileSizeLimitEndsTheUnpacking_data() { addOnlyRow("90 file size limit while unpacking"); }
     void fileSizeLimitEndsTheUnpacking()
     {
         const auto archiveSize = m_sites->body(ScriptedSites::archive).size();
@@ -158,7 +158,7 @@ private Q_SLOTS:
         nextPressPlays();
     }
 
-    void fileSizeLimitKeepsTheGameOut_data() { addOnlyRow("83 file size limit while adding the game"); }
+    void fileSizeLimitKeepsTheGameOut_data() { addOnlyRow("90 file size limit while adding the game"); }
     void fileSizeLimitKeepsTheGameOut()
     {
         const auto rom = outside() / "game.z64";

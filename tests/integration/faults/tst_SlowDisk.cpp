@@ -97,7 +97,7 @@ private Q_SLOTS:
         FaultTest::cleanup();
     }
 
-    void startDoesNotWait_data() { addOnlyRow("85 slow disk: the window comes without it"); }
+    void startDoesNotWait_data() { addOnlyRow("91 slow disk: the window comes without it"); }
 
     void startDoesNotWait()
     {
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(m_model->locateAres(), own());
     }
 
-    void pressWaitsForTheDisk_data() { addOnlyRow("85 slow disk: a press waits and plays"); }
+    void pressWaitsForTheDisk_data() { addOnlyRow("91 slow disk: a press waits and plays"); }
 
     void pressWaitsForTheDisk()
     {
@@ -130,7 +130,7 @@ private Q_SLOTS:
         CHECKED(nothingChanged());
     }
 
-    void waitIsCancelled_data() { addOnlyRow("85 slow disk: the wait is cancelled"); }
+    void waitIsCancelled_data() { addOnlyRow("91 slow disk: the wait is cancelled"); }
 
     void waitIsCancelled()
     {
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(m_sites->asked(), QStringList());
     }
 
-    void missingCopyIsReplacedAfterTheWait_data() { addOnlyRow("85 slow disk: nothing is there after all"); }
+    void missingCopyIsReplacedAfterTheWait_data() { addOnlyRow("91 slow disk: nothing is there after all"); }
 
     void missingCopyIsReplacedAfterTheWait()
     {
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(installedTag(), QByteArray("v147"));
     }
 
-    void resetForgetsTheDisk_data() { addOnlyRow("85 slow disk: a reset while it hangs"); }
+    void resetForgetsTheDisk_data() { addOnlyRow("91 slow disk: a reset while it hangs"); }
 
     void resetForgetsTheDisk()
     {

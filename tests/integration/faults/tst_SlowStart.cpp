@@ -43,8 +43,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("pipe");
         QTest::addColumn<bool>("hungBus");
-        QTest::newRow("85 preferences as a pipe") << true << false;
-        QTest::newRow("85 session bus that does not answer") << false << true;
+        QTest::newRow("91 preferences as a pipe") << true << false;
+        QTest::newRow("91 session bus that does not answer") << false << true;
     }
 
     void windowIsShown()
