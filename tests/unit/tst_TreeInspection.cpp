@@ -191,7 +191,7 @@ private Q_SLOTS:
     void nameThatIsNotUtf8IsReported()
     {
         link("\xff\n<b>", "/x");
-        QCOMPARE(refusal(), QStringLiteral("\uFFFD\n<b>: a link to /x"));
+        QCOMPARE(refusal(), QString(QChar(0xDCFF)) + QStringLiteral("\n<b>: a link to /x"));
     }
 
     void treeDeeperThanTheLongestPathIsRefused()
