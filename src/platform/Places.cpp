@@ -10,7 +10,7 @@
 
 std::filesystem::path cartloom::Places::homeFolder()
 {
-    const std::filesystem::path configured(qgetenv("HOME").toStdString());
+    std::filesystem::path configured(qgetenv("HOME").toStdString());
     if (configured.is_absolute())
         return configured;
     passwd entry = {};

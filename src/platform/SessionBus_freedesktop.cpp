@@ -33,7 +33,7 @@ std::string inherited;
 /// The addresses of the bus, in the order in which they are tried.
 QByteArray addresses()
 {
-    const QByteArray configured = qgetenv(variable);
+    QByteArray configured = qgetenv(variable);
     const auto session = Places::sessionFolder();
     if (!configured.isEmpty() || !session || !Files::exists(*session / "bus"))
         return configured;
@@ -49,7 +49,7 @@ std::string socketOf(const QByteArray& address)
     if (!address.startsWith("unix:"))
         return {};
     for (const auto& pair : address.mid(5).split(',')) {
-        const auto value = QByteArray::fromPercentEncoding(pair.mid(pair.indexOf('=') + 1)).toStdString();
+        auto value = QByteArray::fromPercentEncoding(pair.mid(pair.indexOf('=') + 1)).toStdString();
         if (pair.startsWith(path))
             return value;
         if (pair.startsWith(abstract))
