@@ -147,10 +147,10 @@ void SingleInstance::listen()
     // One that is there belongs to a process that was killed, for this one has the lock.
     QLocalServer::removeServer(socketName());
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::answer);
-    if (!m_server.listen(socketName()))
+    // Whatever the user's default permissions are, only the user may connect.
+    if (!m_server.listen(socketName()) ||
+        ::fchmodat(m_place.get(), (m_name + ".socket").c_str(), 0600, 0) != 0)
         qWarning("A second start will not be heard of: %s", qPrintable(m_server.errorString()));
-    // Whatever the user's default permissions are.
-    ::fchmodat(m_place.get(), (m_name + ".socket").c_str(), 0600, 0);
 }
 
 void SingleInstance::answer()
