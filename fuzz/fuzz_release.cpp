@@ -8,6 +8,8 @@
 #include <QJsonObject>
 #include <QUrl>
 
+#include <algorithm>
+
 using namespace cartloom;
 using cartloom::Fuzzing::require;
 
@@ -18,6 +20,11 @@ bool isMacOSDownload(const QString& name)
 {
     return name.startsWith(QLatin1String("ares-macos")) && name.endsWith(QLatin1String(".zip")) &&
            !name.contains(QLatin1String("dSYMs"));
+}
+
+bool isPlain(const QString& text)
+{
+    return std::ranges::all_of(text, [](QChar character) { return character >= u' ' && character <= u'~'; });
 }
 
 void checkRelease(const AresRelease& release, const QJsonObject& reply)
@@ -52,10 +59,12 @@ void checkError(const AppError& error, const QJsonObject& reply)
     require(error.message == QStringLiteral("The latest Ares release (") + tag +
                                  QStringLiteral(") has no macOS download."),
             "what is thrown is one of the two sentences");
-    QStringList names;
-    for (const auto& item : reply.value(QLatin1String("assets")).toArray())
-        names.append(item.toObject().value(QLatin1String("name")).toString());
-    require(error.details == names.join(u'\n'), "the details are the names of the assets");
+    const QStringList lines = error.details.split(u'\n');
+    const auto assets = reply.value(QLatin1String("assets")).toArray();
+    require(lines.size() == std::clamp<qsizetype>(assets.size(), 1, 31),
+            "the details name 30 assets and no more");
+    for (const auto& line : lines)
+        require(line.size() <= 103 && isPlain(line), "a name is cut, and has plain characters only");
 }
 
 } // namespace
