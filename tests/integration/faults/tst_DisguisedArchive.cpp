@@ -73,7 +73,7 @@ private Q_SLOTS:
         isRefused(withDirectory(archiveOf(format), zipOf({})), QStringLiteral("The archive is no zip."));
     }
 
-    /// What the tool makes of the bytes shows that the disguise is one.
+    /// The tool takes the bytes for the other format, so the disguise is a real one.
     void formatThatBeginsAsAZipIsRefused_data()
     {
         QTest::addColumn<QByteArray>("format");
