@@ -13,6 +13,7 @@
 #include <chrono>
 #include <string_view>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -78,7 +79,9 @@ Answer ask(const std::string& name)
         return Answer::unreachable;
     std::ranges::copy(name, address.sun_path);
     const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+    ::fcntl(socket.get(), F_SETFD, FD_CLOEXEC);
+    ::fcntl(socket.get(), F_SETFL, O_NONBLOCK);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), length) != 0) {
         // It does not even accept: its queue is full.
         return errno == EAGAIN ? Answer::missing : Answer::unreachable;
