@@ -36,7 +36,7 @@ public:
         return m_output.split('\n').mid(0, m_output.count('\n'));
     }
     [[nodiscard]] bool says(const char* word) { return words().value(0) == word; }
-    /// All that it has written to standard error.
+    /// Its standard error so far.
     [[nodiscard]] QByteArray errors() { return m_errors += m_process.readAllStandardError(); }
     [[nodiscard]] int exitCode() const { return m_process.exitCode(); }
     [[nodiscard]] bool isRunning() const { return m_process.state() == QProcess::Running; }

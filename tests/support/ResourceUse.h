@@ -13,7 +13,7 @@
 namespace cartloom
 {
 
-/// How much a function took of the machine. Linux only.
+/// The memory and processor time that a function used. Linux only.
 struct ResourceUse
 {
     /// The most memory that was resident at once, beyond that from before, in bytes.
